@@ -285,7 +285,7 @@ VEXCAP_API int vexcap_get_led_power(vexcap_device* device, unsigned int* power)
 /* ---- Layout checks ------------------------------------------------------------------------ */
 
 #if defined(__cplusplus)
-#  define VEXCAP_STATIC_ASSERT(c, m) static_assert(c, m)
+#  define VEXCAP_STATIC_ASSERT(c, m) static_assert(c, #m)
 #else
 #  define VEXCAP_STATIC_ASSERT(c, m) typedef char vexcap_static_assert_##m[(c) ? 1 : -1]
 #endif

@@ -1,0 +1,31 @@
+// The library's process-wide context: the request thread and what its requests leave behind.
+#pragma once
+
+#include <memory>
+#include <mutex>
+
+#include "api/request_transport.h"
+
+namespace vexcap::api {
+
+struct Context {
+  std::shared_ptr<RequestSlots> slots = std::make_shared<RequestSlots>();
+  std::unique_ptr<RequestTransport> transport;
+  // Held by every export around its send, never by the request thread. Recursive, like the
+  // critical section hosts expect.
+  std::recursive_mutex request_lock;
+};
+
+// Null while the library is not initialized.
+Context* current_context();
+
+// vexcap_init / vexcap_exit.
+int initialize_library();
+int exit_library();
+
+// Sends one request under the request lock and returns the HRESULT its handler left. The result
+// is read before the lock is left, so a caller always reads its own request's result.
+hresult send_request(Context& context, std::uint32_t message, std::uintptr_t wparam,
+                     std::intptr_t lparam);
+
+}  // namespace vexcap::api

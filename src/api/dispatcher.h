@@ -1,0 +1,41 @@
+// Maps request messages to their handlers. Lives on the request thread for its lifetime
+// (the state a window procedure keeps), so every handler runs there.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "api/request_transport.h"
+#include "api/runtime_startup.h"
+#include "vexcap/vexcap.h"
+
+namespace vexcap::api {
+
+class Device;
+
+class Dispatcher final : public RequestHandler {
+ public:
+  explicit Dispatcher(RequestSlots& slots);
+  ~Dispatcher() override;
+  Dispatcher(const Dispatcher&) = delete;
+  Dispatcher& operator=(const Dispatcher&) = delete;
+
+  // Runs one request message (1024 to 1054). Returns true for the exit request, after which
+  // the request thread ends its loop.
+  bool dispatch(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) override;
+
+ private:
+  hresult handle(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam);
+  void handle_vid_pid_used(std::uintptr_t wparam, std::intptr_t lparam);
+  hresult close_device(const vexcap_device& handle);
+
+  // One device object per stream-mode class: mode 0, and any non-zero mode.
+  std::shared_ptr<Device>& device_slot(const vexcap_device& handle);
+
+  RequestSlots& slots_;
+  RuntimeLifetime& runtime_;
+  std::shared_ptr<Device> mode_zero_device_;
+  std::shared_ptr<Device> non_zero_mode_device_;
+};
+
+}  // namespace vexcap::api

@@ -1,0 +1,35 @@
+// Windows Runtime and Media Foundation start-up and shutdown on the request thread.
+#pragma once
+
+#include "common/hresult.h"
+#include "platform/port.h"
+
+namespace vexcap::api {
+
+class RuntimeLifetime {
+ public:
+  explicit RuntimeLifetime(platform::Runtime& runtime) : runtime_(runtime) {}
+
+  // Request 1025: starts both runtimes from a clean state.
+  hresult start();
+  // Shuts down what is started; a failed MFShutdown keeps its flag so the next try repeats it.
+  void shutdown();
+
+  bool windows_runtime_initialized() const { return ro_initialized_; }
+  bool media_foundation_started() const { return mf_started_; }
+
+ private:
+  platform::Runtime& runtime_;
+  bool ro_initialized_ = false;
+  bool mf_started_ = false;
+};
+
+// The process's runtime state: the two flags are process-wide, so a shutdown that failed at one
+// exit is tried again by the next start-up.
+RuntimeLifetime& process_runtime();
+
+// The Media Foundation shutdown test on an object that reported a capture failure: 0 when it
+// is not a shutdown, else the result of its Shutdown.
+hresult run_shutdown_test(platform::Capture& reporter);
+
+}  // namespace vexcap::api

@@ -1,0 +1,57 @@
+// The Windows platform: the product's adapter behind the port.
+#include "platform/port.h"
+#include "platform/windows/windows_runtime.h"
+
+namespace vexcap::windows {
+
+namespace {
+
+[[noreturn]] void not_available_yet() {
+  throw platform::PlatformError(HR_NOTIMPL, L"not available in this build of the Windows adapter");
+}
+
+class WindowsPlatform final : public platform::Platform {
+ public:
+  platform::Runtime& runtime() override { return runtime_; }
+
+  std::vector<std::shared_ptr<platform::SourceGroup>> find_all_source_groups() override {
+    not_available_yet();
+  }
+  std::shared_ptr<platform::Capture> create_capture() override { not_available_yet(); }
+  std::unique_ptr<platform::DeviceWatcher> create_source_group_watcher() override {
+    not_available_yet();
+  }
+  std::shared_ptr<platform::Buffer> create_buffer(std::uint32_t) override { not_available_yet(); }
+  std::shared_ptr<platform::Bitmap> create_bitmap_copy_from_buffer(platform::Buffer&,
+                                                                   platform::PixelFormat,
+                                                                   std::int32_t,
+                                                                   std::int32_t) override {
+    not_available_yet();
+  }
+  hresult create_attributes(std::uint32_t, std::shared_ptr<platform::Attributes>&) override {
+    return HR_NOTIMPL;
+  }
+  hresult enum_device_sources(platform::Attributes&,
+                              std::vector<std::shared_ptr<platform::DeviceActivate>>&) override {
+    return HR_NOTIMPL;
+  }
+  hresult create_device_source(platform::Attributes&,
+                               std::shared_ptr<platform::DeviceSource>&) override {
+    return HR_NOTIMPL;
+  }
+  std::optional<std::wstring> system_message(std::uint32_t) override { return std::nullopt; }
+
+ private:
+  WindowsRuntime runtime_;
+};
+
+}  // namespace
+
+}  // namespace vexcap::windows
+
+namespace vexcap::platform {
+Platform& current() {
+  static windows::WindowsPlatform instance;  // the process's one platform
+  return instance;
+}
+}  // namespace vexcap::platform
