@@ -271,15 +271,18 @@ typedef int (*vexcap_get_led_power_fn)(vexcap_device* device, unsigned int* powe
 
 #if defined(_WIN32)
 #  define VEXCAP_GET_LED_POWER_SYMBOL "?vexcap_get_led_power@@YAHPEAUvexcap_device@@PEAI@Z"
+#  define VEXCAP_GET_LED_POWER_ASM_NAME "\"" VEXCAP_GET_LED_POWER_SYMBOL "\"" /* '?' needs quotes */
 #else
 #  define VEXCAP_GET_LED_POWER_SYMBOL "_Z20vexcap_get_led_powerP13vexcap_devicePj"
+#  define VEXCAP_GET_LED_POWER_ASM_NAME VEXCAP_GET_LED_POWER_SYMBOL
 #endif
 
 #ifdef __cplusplus
 VEXCAP_API int vexcap_get_led_power(vexcap_device* device, unsigned int* power);
 #elif defined(__GNUC__) || defined(__clang__)
-VEXCAP_API int vexcap_get_led_power(vexcap_device* device, unsigned int* power)
-    __asm__(VEXCAP_GET_LED_POWER_SYMBOL);
+/* Without dllimport: the import library's thunk carries the decorated name. */
+int vexcap_get_led_power(vexcap_device* device, unsigned int* power)
+    __asm__(VEXCAP_GET_LED_POWER_ASM_NAME);
 #endif
 
 /* ---- Layout checks ------------------------------------------------------------------------ */

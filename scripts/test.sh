@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# Every test: native, AddressSanitizer + UndefinedBehaviorSanitizer, and the Windows build
+# under Wine; then the product DLL's export table. Installs what is missing first.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+bash scripts/setup.sh
+
+run_preset() {
+  local preset="$1"
+  echo "==== $preset ===="
+  cmake --preset "$preset" >/dev/null
+  cmake --build --preset "$preset"
+  ctest --preset "$preset"
+}
+
+run_preset native
+run_preset asan
+run_preset mingw
+
+echo "==== mingw-product ===="
+cmake --preset mingw-product >/dev/null
+cmake --build --preset mingw-product
+tests/standalone/check_exports.sh build/mingw-product/VexcapLib.dll tests/standalone/exports.txt
+echo "All test runs passed."

@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Checks that a built library exports exactly the 33 functions hosts link against.
+# Usage: check_exports.sh LIBRARY EXPECTED_LIST
+set -euo pipefail
+library="$1"
+expected_list="$2"
+
+case "$library" in
+  *.dll)
+    led='?vexcap_get_led_power@@YAHPEAUvexcap_device@@PEAI@Z'
+    objdump=x86_64-w64-mingw32-objdump
+    actual=$("$objdump" -p "$library" | sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' |
+             sed -n 's/^[[:space:]]*\[[[:space:]]*[0-9]*\][[:space:]]*//p' | sort)
+    ;;
+  *)
+    led='_Z20vexcap_get_led_powerP13vexcap_devicePj'
+    # Functions the library defines and exports (template instantiations of the C++ runtime
+    # that the linker must keep weak are not functions of ours and carry no vexcap name).
+    actual=$(nm -D --defined-only "$library" | awk '$2 == "T" { print $3 }' | sort)
+    ;;
+esac
+expected=$(sed "s/@LED_POWER@/$led/" "$expected_list" | sort)
+
+if [ "$actual" != "$expected" ]; then
+  echo "export table of $library differs from the 33 expected names:"
+  diff <(echo "$expected") <(echo "$actual") || true
+  echo "0 passed, 1 failed"
+  exit 1
+fi
+echo "$(echo "$actual" | wc -l) exports match"
+echo "1 passed, 0 failed"
