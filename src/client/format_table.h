@@ -1,0 +1,43 @@
+// The format table: which of a source's supported formats a host can pick, keyed by the
+// library's format codes (the values of the stream-type device properties).
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/port.h"
+
+namespace vexcap::client {
+
+struct FormatEntry {
+  std::wstring subtype;
+  std::uint32_t position = 0;  // index in the source's supported formats
+};
+
+using FormatTable = std::map<std::uint32_t, FormatEntry>;
+
+// The code of a format of the given size and frame-rate numerator (the denominator is never
+// consulted). Colour sources: 11..17 at the open parameters' size for 30..1 fps, else 18
+// (1920 wide), 19 (1280x720), 20 (3840 wide), all at 30. Other sources: 2..8 at 640 wide for
+// 30..1 fps, 1 for 320 wide at 60, other widths below 640: 0 at 30 and 9 at 60.
+std::optional<std::uint32_t> format_code(bool colour, std::uint32_t width, std::uint32_t height,
+                                         std::uint32_t frame_rate_numerator,
+                                         std::uint16_t format_arg1, std::uint16_t format_arg2);
+
+// Builds the table in four passes over the supported formats: one for "NV12", "GRAY8" and
+// "L8" (which logs every format it sees), then one each for "NV12", "YUY2" and "RGB24".
+//
+// Each pass collects the formats of its subtypes into a fresh table. A pass that accepted
+// nothing leaves the table as it was; one that accepted something replaces it, so the last
+// pass that found its subtype decides the table: RGB24 (converted by the library) over YUY2
+// over NV12 over the grey formats. Within a pass the first format in list order keeps a code.
+FormatTable collect_format_table(const std::vector<std::shared_ptr<platform::FrameFormat>>& formats,
+                                 bool colour, std::uint16_t format_arg1, std::uint16_t format_arg2);
+
+bool table_has_subtype(const FormatTable& table, const std::wstring& subtype);
+
+}  // namespace vexcap::client
