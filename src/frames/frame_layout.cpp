@@ -39,7 +39,8 @@ std::size_t frame_bytes(const FrameLayout& layout) {
   return layout.height * stride + (chroma_rows - 1) * stride + chroma_row;
 }
 
-std::size_t packed_frame_size(std::uint32_t pixel_format, std::uint32_t width, std::uint32_t height) {
+std::size_t packed_frame_size(std::uint32_t pixel_format, std::uint32_t width,
+                              std::uint32_t height) {
   const std::size_t pixels = std::size_t{width} * height;
   switch (pixel_format) {
     case kGray8:

@@ -33,6 +33,7 @@ std::size_t frame_bytes(const FrameLayout& layout);
 
 // Size of a tightly packed frame of this format: W x H (Gray8), W x H x 2 (Gray16, YUY2),
 // W x H x 3 / 2 (NV12); 0 for an unknown format. A quarter turn writes this many bytes at most.
-std::size_t packed_frame_size(std::uint32_t pixel_format, std::uint32_t width, std::uint32_t height);
+std::size_t packed_frame_size(std::uint32_t pixel_format, std::uint32_t width,
+                              std::uint32_t height);
 
 }  // namespace vexcap::frames

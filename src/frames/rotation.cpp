@@ -42,8 +42,8 @@ bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rot
     // U and V travel together as one 2-byte unit; chroma rows are as long as Y rows.
     const std::uint8_t* src_chroma = src + std::size_t{layout.height} * src_pitch;
     std::uint8_t* dst_chroma = dst + std::size_t{layout.height} * layout.width;
-    rotate_units(src_chroma, src_pitch, {2, layout.width / 2, layout.height / 2}, rotation, dst_chroma,
-                 layout.height);
+    rotate_units(src_chroma, src_pitch, {2, layout.width / 2, layout.height / 2}, rotation,
+                 dst_chroma, layout.height);
   } else if (layout.pixel_format == kYuy2) {
     // Note: for an even width the 270 turn leaves each pair V before U; this layout is never
     // delivered to the host, and the repair is kept exactly as it has always been.
@@ -55,7 +55,8 @@ bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rot
 bool rotate_half_turn_in_place(const FrameLayout& layout, std::uint8_t* data) {
   if (!is_valid_layout(layout)) return false;
   const std::size_t pitch = static_cast<std::size_t>(layout.stride);
-  reverse_units_in_place(data, pitch, {unit_bytes(layout.pixel_format), layout.width, layout.height});
+  reverse_units_in_place(data, pitch,
+                         {unit_bytes(layout.pixel_format), layout.width, layout.height});
 
   if (layout.pixel_format == kNv12) {
     std::uint8_t* chroma = data + std::size_t{layout.height} * pitch;

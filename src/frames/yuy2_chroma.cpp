@@ -12,7 +12,8 @@ void swap_group_chroma(std::uint8_t* group) { std::swap(group[1], group[3]); }
 
 }  // namespace
 
-void repair_yuy2_chroma_after_quarter_turn(std::uint8_t* data, std::uint32_t width, std::uint32_t height) {
+void repair_yuy2_chroma_after_quarter_turn(std::uint8_t* data, std::uint32_t width,
+                                           std::uint32_t height) {
   const std::size_t pitch = std::size_t{width} * 2;
   for (std::size_t r = 0; r + 1 < height; r += 2) {
     std::uint8_t* upper = data + r * pitch;

@@ -93,11 +93,10 @@ struct SolidCase {
 TEST(Rgb24ToNv12, SolidTwoByTwoFramesGiveTheBt601Values) {
   // Y = 0.257R + 0.504G + 0.098B + 16.5, U = -0.148R - 0.291G + 0.439B + 128.5, ... truncated.
   const SolidCase cases[] = {
-      {255, 255, 255, 235, 128, 128},  // white: 235.545
-      {0, 0, 0, 16, 128, 128},
-      {255, 0, 0, 82, 90, 240},   // 82.035, 90.76, 240.445
-      {0, 255, 0, 145, 54, 34},   // 145.02, 54.295, 34.66
-      {0, 0, 255, 41, 240, 110},  // 41.49, 240.445, 110.395
+      {255, 255, 255, 235, 128, 128},                            // white: 235.545
+      {0, 0, 0, 16, 128, 128},        {255, 0, 0, 82, 90, 240},  // 82.035, 90.76, 240.445
+      {0, 255, 0, 145, 54, 34},                                  // 145.02, 54.295, 34.66
+      {0, 0, 255, 41, 240, 110},                                 // 41.49, 240.445, 110.395
   };
   for (const auto& c : cases) {
     const Bytes rgb = {c.r, c.g, c.b, c.r, c.g, c.b, c.r, c.g, c.b, c.r, c.g, c.b};
@@ -114,8 +113,8 @@ TEST(Rgb24ToNv12, FirstByteOfEachPixelIsRed) {
 
 TEST(Rgb24ToNv12, MixedFourByTwoFrame) {
   // Row 0: white black red green; row 1: blue black white red.
-  const Bytes rgb = {255, 255, 255, 0, 0, 0, 255, 0, 0, 0,   255, 0,
-                     0,   0,   255, 0, 0, 0, 255, 255, 255, 255, 0, 0};
+  const Bytes rgb = {255, 255, 255, 0, 0, 0, 255, 0,   0,   0,   255, 0,
+                     0,   0,   255, 0, 0, 0, 255, 255, 255, 255, 0,   0};
   // Block 0 (white, black, blue, black): U = (128 + 128 + 239.945 + 128) / 4 + 0.5 = 156.49,
   //   V = (128 + 128 + 109.895 + 128) / 4 + 0.5 = 123.97.
   // Block 1 (red, green, white, red): U = (90.26 + 53.795 + 128 + 90.26) / 4 + 0.5 = 91.08,
@@ -129,8 +128,8 @@ TEST(Rgb24ToNv12, RowPairsLandInTheirOwnRowsOfBothPlanes) {
   Bytes rgb(4 * 4 * 3, 0);
   for (int i = 0; i < 8; ++i) rgb[i * 3] = 255;
   for (int i = 8; i < 16; ++i) rgb[i * 3 + 2] = 255;
-  const Bytes expected = {82, 82, 82, 82, 82, 82, 82, 82, 41, 41, 41, 41, 41, 41, 41, 41,
-                          90, 240, 90, 240, 240, 110, 240, 110};
+  const Bytes expected = {82, 82, 82, 82, 82, 82,  82, 82,  41,  41,  41,  41,
+                          41, 41, 41, 41, 90, 240, 90, 240, 240, 110, 240, 110};
   EXPECT_EQ(convert(rgb, 4, 4, 0), expected);
 }
 

@@ -11,14 +11,15 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-Bytes quarter(std::uint32_t format, std::uint32_t w, std::uint32_t h, std::int32_t stride, const Bytes& src,
-              Rotation rotation) {
+Bytes quarter(std::uint32_t format, std::uint32_t w, std::uint32_t h, std::int32_t stride,
+              const Bytes& src, Rotation rotation) {
   Bytes dst(packed_frame_size(format, w, h), 0xEE);
   EXPECT_TRUE(rotate_quarter_turn({format, w, h, stride}, src.data(), rotation, dst.data()));
   return dst;
 }
 
-Bytes half(std::uint32_t format, std::uint32_t w, std::uint32_t h, std::int32_t stride, Bytes data) {
+Bytes half(std::uint32_t format, std::uint32_t w, std::uint32_t h, std::int32_t stride,
+           Bytes data) {
   EXPECT_TRUE(rotate_half_turn_in_place({format, w, h, stride}, data.data()));
   return data;
 }
@@ -60,10 +61,9 @@ TEST(RotationGolden, Gray16TwoByThreeKeepsBytesOfAPixelTogether) {
 }
 
 // NV12 4x4, Y = 1..16, chroma pairs P Q / R S.
-const Bytes kNv12Square = {1,    2,    3,    4,    5,    6,    7,    8,    9,    10, 11, 12,
-                           13,   14,   15,   16,                                           //
-                           0xA0, 0xA1, 0xB0, 0xB1,                                         // P Q
-                           0xC0, 0xC1, 0xD0, 0xD1};                                        // R S
+const Bytes kNv12Square = {1,    2,    3,    4,    5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16,  //
+                           0xA0, 0xA1, 0xB0, 0xB1,   // P Q
+                           0xC0, 0xC1, 0xD0, 0xD1};  // R S
 
 TEST(RotationGolden, Nv12Square) {
   EXPECT_EQ(quarter(kNv12, 4, 4, 4, kNv12Square, Rotation::By90),

@@ -23,8 +23,9 @@ Bytes random_bytes(std::size_t n, std::uint32_t seed) {
 }
 
 // Where destination (r, c) of a w x h source comes from, as (row, column) of the source.
-std::pair<std::uint32_t, std::uint32_t> source_of(Rotation rotation, std::uint32_t r, std::uint32_t c,
-                                                  std::uint32_t w, std::uint32_t h) {
+std::pair<std::uint32_t, std::uint32_t> source_of(Rotation rotation, std::uint32_t r,
+                                                  std::uint32_t c, std::uint32_t w,
+                                                  std::uint32_t h) {
   switch (rotation) {
     case Rotation::By90:
       return {h - 1 - c, r};
@@ -44,7 +45,8 @@ struct Plane {
   }
 };
 
-void expect_plane_rotated(const Bytes& src, Plane from, const Bytes& dst, Plane to, Rotation rotation) {
+void expect_plane_rotated(const Bytes& src, Plane from, const Bytes& dst, Plane to,
+                          Rotation rotation) {
   for (std::uint32_t r = 0; r < to.h; ++r) {
     for (std::uint32_t c = 0; c < to.w; ++c) {
       const auto [y, x] = source_of(rotation, r, c, from.w, from.h);
@@ -65,11 +67,13 @@ struct Shape {
 std::vector<Plane> planes_of(std::uint32_t f, Shape s) {
   const std::size_t unit = (f == kGray16 || f == kYuy2) ? 2 : 1;
   std::vector<Plane> planes = {{0, std::size_t(s.stride), unit, s.w, s.h}};
-  if (f == kNv12) planes.push_back({std::size_t{s.h} * s.stride, std::size_t(s.stride), 2, s.w / 2, s.h / 2});
+  if (f == kNv12)
+    planes.push_back({std::size_t{s.h} * s.stride, std::size_t(s.stride), 2, s.w / 2, s.h / 2});
   return planes;
 }
 
-const Shape kShapes[] = {{6, 4, 6}, {6, 4, 9}, {4, 6, 4}, {8, 6, 12}, {10, 2, 10}, {2, 8, 3}, {5, 3, 5}, {7, 5, 8}};
+const Shape kShapes[] = {{6, 4, 6},   {6, 4, 9}, {4, 6, 4}, {8, 6, 12},
+                         {10, 2, 10}, {2, 8, 3}, {5, 3, 5}, {7, 5, 8}};
 
 Bytes make_source(std::uint32_t f, Shape s, std::uint32_t seed) {
   // A whole padded last row is allocated too; frame_bytes() would allow less.
@@ -91,7 +95,8 @@ TEST(RotationMapping, QuarterTurnsOfEveryPlaneFollowTheCoordinateMap) {
         const FrameLayout turned = rotated_layout({f, s.w, s.h, s.stride}, rotation);
         const auto from = planes_of(f, s);
         const auto to = planes_of(f, {turned.width, turned.height, turned.stride});
-        for (std::size_t p = 0; p < from.size(); ++p) expect_plane_rotated(src, from[p], dst, to[p], rotation);
+        for (std::size_t p = 0; p < from.size(); ++p)
+          expect_plane_rotated(src, from[p], dst, to[p], rotation);
       }
     }
   }
@@ -102,7 +107,8 @@ TEST(RotationMapping, HalfTurnReversesEveryPlaneAndKeepsPadding) {
   for (std::uint32_t f : {kGray8, kGray16, kNv12}) {
     for (Shape s : kShapes) {
       if (std::size_t(s.stride) < row_bytes(f, s.w)) continue;
-      SCOPED_TRACE(testing::Message() << "format " << f << " " << s.w << "x" << s.h << " stride " << s.stride);
+      SCOPED_TRACE(testing::Message()
+                   << "format " << f << " " << s.w << "x" << s.h << " stride " << s.stride);
       const Bytes src = make_source(f, s, seed++);
       Bytes data = src;
       ASSERT_TRUE(rotate_half_turn_in_place({f, s.w, s.h, s.stride}, data.data()));
@@ -110,7 +116,8 @@ TEST(RotationMapping, HalfTurnReversesEveryPlaneAndKeepsPadding) {
       for (const Plane& p : planes_of(f, s)) {
         expect_plane_rotated(src, p, data, p, Rotation::By180);
         for (std::uint32_t y = 0; y < p.h; ++y)
-          for (std::uint32_t x = 0; x < p.w * p.unit; ++x) is_pixel[p.offset + y * p.pitch + x] = true;
+          for (std::uint32_t x = 0; x < p.w * p.unit; ++x)
+            is_pixel[p.offset + y * p.pitch + x] = true;
       }
       for (std::size_t i = 0; i < data.size(); ++i) {
         if (!is_pixel[i]) {
@@ -130,7 +137,8 @@ TEST(RotationMapping, Yuy2QuarterTurnMovesLumaAndPullsChromaAcrossRowPairs) {
     for (Rotation rotation : {Rotation::By90, Rotation::By270}) {
       SCOPED_TRACE(testing::Message() << s.w << "x" << s.h << " rotation " << int(rotation));
       Bytes dst(packed_frame_size(kYuy2, s.w, s.h));
-      ASSERT_TRUE(rotate_quarter_turn({kYuy2, s.w, s.h, s.stride}, src.data(), rotation, dst.data()));
+      ASSERT_TRUE(
+          rotate_quarter_turn({kYuy2, s.w, s.h, s.stride}, src.data(), rotation, dst.data()));
       const std::uint32_t nw = s.h, nh = s.w;
       auto src_byte = [&](std::uint32_t r, std::uint32_t c, int i) {
         const auto [y, x] = source_of(rotation, r, c, s.w, s.h);
@@ -157,7 +165,8 @@ TEST(RotationMapping, NinetyThenTwoSeventyGivesTheFrameBack) {
       const std::int32_t stride = std::int32_t(row_bytes(f, s.w));
       const Bytes src = random_bytes(packed_frame_size(f, s.w, s.h), seed++);
       Bytes turned(src.size()), back(src.size());
-      ASSERT_TRUE(rotate_quarter_turn({f, s.w, s.h, stride}, src.data(), Rotation::By90, turned.data()));
+      ASSERT_TRUE(
+          rotate_quarter_turn({f, s.w, s.h, stride}, src.data(), Rotation::By90, turned.data()));
       const FrameLayout mid = rotated_layout({f, s.w, s.h, stride}, Rotation::By90);
       ASSERT_TRUE(rotate_quarter_turn(mid, turned.data(), Rotation::By270, back.data()));
       if (f != kYuy2) {

@@ -29,7 +29,8 @@ TEST(RotationText, ParsesALeadingIntegerLikeWcstol) {
   EXPECT_EQ(parse_rotation_text(L"180 "), Rotation::By180);
   EXPECT_EQ(parse_rotation_text(L"x90"), std::nullopt);
   EXPECT_EQ(parse_rotation_text(L"+ 90"), std::nullopt);
-  EXPECT_EQ(parse_rotation_text(std::wstring_view(L"9012", 2)), Rotation::By90);  // no terminator needed
+  EXPECT_EQ(parse_rotation_text(std::wstring_view(L"9012", 2)),
+            Rotation::By90);  // no terminator needed
 }
 
 }  // namespace
