@@ -1,0 +1,34 @@
+// Puts a frame upright according to the rotation its source declares.
+//
+// Quarter turns (90, 270) write a new, tightly packed buffer chosen by the caller; the half turn
+// (180) works in place. Formats: Gray8, Gray16, NV12 and YUY2 (frame_layout.h).
+#pragma once
+
+#include <cstdint>
+
+#include "frames/frame_layout.h"
+
+namespace vexcap::frames {
+
+// Clockwise, in degrees.
+enum class Rotation : std::int32_t { By90 = 90, By180 = 180, By270 = 270 };
+
+// The layout after the rotation: a quarter turn exchanges width and height and packs the rows
+// (stride = new width in bytes of the first plane); a half turn changes nothing.
+FrameLayout rotated_layout(const FrameLayout& layout, Rotation rotation);
+
+// Rotates by 90 (source row y, column x to row x, column H - 1 - y) or 270 (to row W - 1 - x,
+// column y) from `src` (frame_bytes(layout) bytes, rows `stride` apart) into `dst`
+// (packed_frame_size(format, W, H) bytes). NV12: the Y plane moves as bytes, the chroma plane
+// (at H x stride in the source, at H x W in `dst`, rows new-width bytes apart) as U,V pairs
+// over (W/2) x (H/2). YUY2: 2-byte units, then the chroma repair of yuy2_chroma.h.
+// Returns false and writes nothing for an invalid layout or a half turn.
+bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rotation rotation,
+                         std::uint8_t* dst);
+
+// Rotates by 180 in place: every plane's units are reversed row by row (padding stays put), as
+// bytes for Gray8 and NV12's Y plane, as 2-byte units for Gray16, YUY2 and NV12's chroma pairs;
+// YUY2 groups then get U back before V. Returns false and changes nothing for an invalid layout.
+bool rotate_half_turn_in_place(const FrameLayout& layout, std::uint8_t* data);
+
+}  // namespace vexcap::frames

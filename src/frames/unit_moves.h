@@ -1,0 +1,28 @@
+// Moves of fixed-size pixel units (1 or 2 bytes) over a rectangle: the building blocks of the
+// frame rotations. A plane is `cols` x `rows` units whose rows lie `pitch` bytes apart.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vexcap::frames {
+
+struct UnitGrid {
+  std::size_t unit;  // bytes per unit
+  std::uint32_t cols;
+  std::uint32_t rows;
+};
+
+// Unit (y, x) of src goes to row x, column (rows - 1 - y) of dst (a quarter turn clockwise).
+// dst has `grid.cols` rows of `grid.rows` units.
+void rotate_units_clockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
+                            std::uint8_t* dst, std::size_t dst_pitch);
+
+// Unit (y, x) of src goes to row (cols - 1 - x), column y of dst.
+void rotate_units_counterclockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
+                                   std::uint8_t* dst, std::size_t dst_pitch);
+
+// Unit (y, x) changes place with unit (rows - 1 - y, cols - 1 - x); row padding stays put.
+void reverse_units_in_place(std::uint8_t* data, std::size_t pitch, UnitGrid grid);
+
+}  // namespace vexcap::frames
