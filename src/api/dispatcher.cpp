@@ -1,7 +1,9 @@
 #include "api/dispatcher.h"
 
+#include "api/device.h"
 #include "api/messages.h"
 #include "api/request_args.h"
+#include "log/log.h"
 #include "platform/port.h"
 
 namespace vexcap::api {
@@ -29,12 +31,32 @@ bool Dispatcher::dispatch(std::uint32_t message, std::uintptr_t wparam, std::int
   }
 }
 
-hresult Dispatcher::handle(std::uint32_t message, std::uintptr_t, std::intptr_t lparam) {
+hresult Dispatcher::handle(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
+  // A platform failure that a handler leaves uncaught ends the request, never the thread.
+  try {
+    return run_handler(message, wparam, lparam);
+  } catch (const platform::PlatformError& error) {
+    VXLOG('E', "exception: %ws", error.message().c_str());
+    return error.code();
+  }
+}
+
+hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
   switch (message) {
     case kMsgRuntimeStartup:
       return runtime_.start();
+    case kMsgDeviceOpen:
+      return open_device(from_param<const wchar_t>(wparam), *from_param<vexcap_open_params>(lparam));
     case kMsgDeviceClose:
       return close_device(*from_param<vexcap_device>(lparam));
+    case kMsgStartStreaming:
+      return start_streaming(*from_param<vexcap_device>(lparam), wparam, false);
+    case kMsgStartStreamingEx:
+      return start_streaming(*from_param<vexcap_device>(lparam), wparam, true);
+    case kMsgStopStreaming:
+      return stop_streaming(*from_param<vexcap_device>(lparam), false);
+    case kMsgStopStreamingEx:
+      return stop_streaming(*from_param<vexcap_device>(lparam), true);
 
     // Requests whose handlers the library does not have yet.
     case kMsgDeviceCapabilities:
@@ -42,11 +64,6 @@ hresult Dispatcher::handle(std::uint32_t message, std::uintptr_t, std::intptr_t 
     case kMsgSourceGroupType:
     case kMsgTargetedLocation:
     case kMsgSourceGroupTypeForVidPid:
-    case kMsgDeviceOpen:
-    case kMsgStartStreaming:
-    case kMsgStopStreaming:
-    case kMsgStartStreamingEx:
-    case kMsgStopStreamingEx:
     case kMsgSetExposure:
     case kMsgSetIsoSpeed:
     case kMsgSetLedPower:
@@ -74,10 +91,41 @@ void Dispatcher::handle_vid_pid_used(std::uintptr_t, std::intptr_t) {
   // No platform query yet: the boolean keeps the 0 the export placed there.
 }
 
+hresult Dispatcher::open_device(const wchar_t* device_id, const vexcap_open_params& params) {
+  std::shared_ptr<Device> device = Device::create();
+  if (!device) return HR_FAIL;
+  device->open(device_id, params);  // returns only once both clients are initialized
+  vexcap_device handle{params.stream_mode, 0, 0};
+  std::shared_ptr<Device>& slot = device_slot(handle);
+  if (slot) unreachable_devices_.push_back(std::move(slot));
+  slot = std::move(device);
+  return HR_OK;
+}
+
 hresult Dispatcher::close_device(const vexcap_device& handle) {
   std::shared_ptr<Device>& slot = device_slot(handle);
   if (!slot) return HR_FAIL;
-  return HR_NOTIMPL;
+  std::shared_ptr<Device> device = std::move(slot);  // a second close finds the slot empty
+  device->close();
+  return HR_OK;
+}
+
+hresult Dispatcher::start_streaming(const vexcap_device& handle, std::uintptr_t callback_args,
+                                    bool by_selector) {
+  const std::shared_ptr<Device>& device = device_slot(handle);
+  if (!device) return HR_INVALID_STATE;
+  const auto* args = from_param<CallbackArgs>(callback_args);
+  std::shared_ptr<client::VexCap> client =
+      by_selector ? device->client_for_selector(handle.stream_selector) : device->shared_client();
+  return client->start_streaming(reinterpret_cast<vexcap_frame_callback>(args->callback), args->context);
+}
+
+hresult Dispatcher::stop_streaming(const vexcap_device& handle, bool by_selector) {
+  const std::shared_ptr<Device>& device = device_slot(handle);
+  if (!device) return HR_INVALID_STATE;
+  std::shared_ptr<client::VexCap> client =
+      by_selector ? device->client_for_selector(handle.stream_selector) : device->shared_client();
+  return client->stop_streaming();
 }
 
 std::shared_ptr<Device>& Dispatcher::device_slot(const vexcap_device& handle) {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 #include "api/request_transport.h"
 #include "api/runtime_startup.h"
@@ -26,8 +27,12 @@ class Dispatcher final : public RequestHandler {
 
  private:
   hresult handle(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam);
+  hresult run_handler(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam);
   void handle_vid_pid_used(std::uintptr_t wparam, std::intptr_t lparam);
+  hresult open_device(const wchar_t* device_id, const vexcap_open_params& params);
   hresult close_device(const vexcap_device& handle);
+  hresult start_streaming(const vexcap_device& handle, std::uintptr_t callback_args, bool by_selector);
+  hresult stop_streaming(const vexcap_device& handle, bool by_selector);
 
   // One device object per stream-mode class: mode 0, and any non-zero mode.
   std::shared_ptr<Device>& device_slot(const vexcap_device& handle);
@@ -36,6 +41,8 @@ class Dispatcher final : public RequestHandler {
   RuntimeLifetime& runtime_;
   std::shared_ptr<Device> mode_zero_device_;
   std::shared_ptr<Device> non_zero_mode_device_;
+  // Devices replaced by a second open of their slot: unreachable, but kept running.
+  std::vector<std::shared_ptr<Device>> unreachable_devices_;
 };
 
 }  // namespace vexcap::api

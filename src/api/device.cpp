@@ -1,0 +1,62 @@
+#include "api/device.h"
+
+#include <chrono>
+#include <thread>
+
+#include "api/client_init_thread.h"
+#include "log/log.h"
+
+namespace vexcap::api {
+
+namespace {
+
+// Pause between two initialization attempts, so a camera that keeps failing does not spin.
+constexpr auto kRetryPause = std::chrono::milliseconds(100);
+
+}  // namespace
+
+std::shared_ptr<Device> Device::create() {
+  auto exclusive = client::VexCap::create(VEXCAP_STREAM_MODE_EXCLUSIVE);
+  if (!exclusive) {
+    VXLOG('E', "Failed creating exclusive vexcap");
+    return nullptr;
+  }
+  auto shared = client::VexCap::create(VEXCAP_STREAM_MODE_SHARED);
+  if (!shared) {
+    VXLOG('E', "Failed creating shared vexcap");
+    return nullptr;
+  }
+  return std::shared_ptr<Device>(new Device(std::move(shared), std::move(exclusive)));
+}
+
+hresult Device::open(const std::wstring& device_id, const vexcap_open_params& params) {
+  const hresult exclusive = open_client(exclusive_, device_id, params);
+  if (failed(exclusive)) return exclusive;
+  return open_client(shared_, device_id, params);
+}
+
+hresult Device::open_client(const std::shared_ptr<client::VexCap>& client,
+                            const std::wstring& device_id, const vexcap_open_params& params) {
+  // One initialization at a time per client: an attempt abandoned after the time limit finishes
+  // before the next one starts, and a client it left initialized counts as opened.
+  auto serial = std::make_shared<std::mutex>();
+  for (;;) {
+    const hresult result = run_client_initialization([client, serial, device_id, params] {
+      std::lock_guard<std::mutex> lock(*serial);
+      // The open parameters' stream mode names the source kind both clients read.
+      return client->initialize(device_id, params.stream_mode, params.format_arg1,
+                                params.format_arg2);
+    });
+    // Already initialized: a late attempt finished the job.
+    if (result == HR_OK || result == HR_INVALID_STATE) return HR_OK;
+    std::this_thread::sleep_for(kRetryPause);
+  }
+}
+
+hresult Device::close() {
+  exclusive_->clear();
+  shared_->clear();
+  return HR_OK;
+}
+
+}  // namespace vexcap::api

@@ -1,0 +1,43 @@
+// A device: one camera opened twice, through an exclusive and a shared capture client.
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "client/vexcap_client.h"
+#include "common/hresult.h"
+#include "vexcap/vexcap.h"
+
+namespace vexcap::api {
+
+class Device {
+ public:
+  // Null when either client cannot be created.
+  static std::shared_ptr<Device> create();
+
+  // Initializes the exclusive client, then the shared one, each on its own thread with the
+  // 10000 ms limit. A failed initialization is tried again until it succeeds: a camera that
+  // never initializes keeps the request waiting, by design.
+  hresult open(const std::wstring& device_id, const vexcap_open_params& params);
+  // Stops the exclusive client before the shared one.
+  hresult close();
+
+  const std::shared_ptr<client::VexCap>& exclusive_client() const { return exclusive_; }
+  const std::shared_ptr<client::VexCap>& shared_client() const { return shared_; }
+  // The client a stream selector picks: 1 the exclusive client, anything else the shared one.
+  const std::shared_ptr<client::VexCap>& client_for_selector(std::uint32_t selector) const {
+    return selector == VEXCAP_STREAM_SELECT_EXCLUSIVE ? exclusive_ : shared_;
+  }
+
+ private:
+  Device(std::shared_ptr<client::VexCap> shared, std::shared_ptr<client::VexCap> exclusive)
+      : shared_(std::move(shared)), exclusive_(std::move(exclusive)) {}
+  hresult open_client(const std::shared_ptr<client::VexCap>& client, const std::wstring& device_id,
+                      const vexcap_open_params& params);
+
+  std::shared_ptr<client::VexCap> shared_;
+  std::shared_ptr<client::VexCap> exclusive_;
+};
+
+}  // namespace vexcap::api

@@ -1,0 +1,12 @@
+// Writes one source group's description to the diagnostic log at initialization.
+#pragma once
+
+#include <cstdint>
+
+#include "platform/port.h"
+
+namespace vexcap::client {
+
+void dump_source_group(const platform::SourceGroup* group, std::uint32_t index);
+
+}  // namespace vexcap::client

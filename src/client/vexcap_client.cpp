@@ -1,0 +1,316 @@
+#include "client/vexcap_client.h"
+
+#include <chrono>
+#include <thread>
+
+#include "client/platform_names.h"
+#include "client/source_group_dump.h"
+#include "log/log.h"
+
+namespace vexcap::client {
+
+using platform::PlatformError;
+
+namespace {
+
+constexpr auto kApplyFormatRun = std::chrono::milliseconds(100);
+
+platform::SharingMode sharing_mode_for(std::uint32_t stream_mode) {
+  switch (stream_mode) {
+    case 0:
+      return platform::SharingMode::SharedReadOnly;
+    case 1:
+      return platform::SharingMode::ExclusiveControl;
+    default:
+      VXLOG('E', "Unknown vexcap_stream_mode: %d, defaulting to shared", static_cast<int>(stream_mode));
+      return platform::SharingMode::SharedReadOnly;
+  }
+}
+
+bool contains(const std::optional<std::wstring>& text, const wchar_t* part) {
+  return text && text->find(part) != std::wstring::npos;
+}
+
+}  // namespace
+
+std::shared_ptr<VexCap> VexCap::create(std::uint32_t stream_mode) {
+  return std::shared_ptr<VexCap>(new VexCap(stream_mode));
+}
+
+VexCap::VexCap(std::uint32_t stream_mode) : stream_mode_(stream_mode) {
+  log::client_constructed();
+}
+
+VexCap::~VexCap() {
+  capture_settings_.reset();
+  const hresult cleared = clear();
+  if (failed(cleared)) VXLOG('W', "Failed clearing VexCap: %08x", cleared);
+  source_group_.reset();
+  frame_source_.reset();
+  second_source_.reset();
+  log::client_destroyed();
+  capture_.reset();
+  frame_reader_.reset();
+}
+
+std::wstring VexCap::device_id() const { return std::wstring(device_id_.data()); }
+
+// ---- Initialization ------------------------------------------------------------------------
+
+hresult VexCap::initialize(const std::wstring& group_id, std::uint32_t reader_kind,
+                           std::uint16_t format_arg1, std::uint16_t format_arg2) {
+  if (initialized_) return HR_INVALID_STATE;
+  try {
+    const auto groups = platform::current().find_all_source_groups();
+    for (std::uint32_t i = 0; i < groups.size(); ++i) dump_source_group(groups[i].get(), i);
+
+    reader_kind_ = reader_kind;
+    format_arg1_ = format_arg1;
+    format_arg2_ = format_arg2;
+
+    const auto group = find_source_group(groups, group_id, source_kind_for_reader(reader_kind));
+    if (!group) return HR_FAIL;
+
+    initialize_media_capture(group);  // its answer is not examined: the capture decides below
+    if (!capture_) return HR_FAIL;
+
+    reader_init(reader_kind, format_arg1, format_arg2);
+    if (is_exclusive()) subscribe_to_capture_failures();
+    VXLOG('D', "SourceGroup ID= %ws", group_id.c_str());
+    initialized_ = true;
+    return HR_OK;
+  } catch (const PlatformError&) {
+    return HR_ABORT;
+  }
+}
+
+std::shared_ptr<platform::SourceGroup> VexCap::find_source_group(
+    const std::vector<std::shared_ptr<platform::SourceGroup>>& groups, const std::wstring& id,
+    platform::SourceKind kind) {
+  for (const auto& group : groups) {
+    if (!group) continue;
+    const auto infos = group->source_infos();
+    if (!infos) continue;
+    bool has_kind = false;
+    for (const auto& info : *infos) has_kind = has_kind || info.kind == kind;
+    if (!has_kind) continue;
+    const auto group_id = group->id();
+    if (!group_id || *group_id != id) continue;  // exact, case-sensitive
+
+    source_group_ = group;
+    device_id_.fill(L'\0');
+    group_id->copy(device_id_.data(), std::min(group_id->size(), kDeviceIdCapacity - 1));
+    return group;
+  }
+  return nullptr;
+}
+
+bool VexCap::initialize_media_capture(const std::shared_ptr<platform::SourceGroup>& group) {
+  if (!capture_) {
+    capture_ = platform::current().create_capture();
+    capture_settings_.emplace();
+  }
+  platform::CaptureSettings& settings = *capture_settings_;
+  settings.source_group = group;
+  settings.sharing_mode = sharing_mode_for(stream_mode_);
+  settings.streaming_capture_mode = platform::StreamingCaptureMode::Video;
+  settings.memory_preference = platform::MemoryPreference::Cpu;
+  settings.streaming_capture_mode = platform::StreamingCaptureMode::Video;
+  try {
+    capture_->initialize(settings);
+    VXLOG('D', "MediaCapture is successfully initialized in mode %d.", static_cast<int>(stream_mode_));
+    return true;
+  } catch (const PlatformError& error) {
+    VXLOG('E', "Failed to initialize media capture: %ws", error.message().c_str());
+    return false;
+  } catch (...) {
+    VXLOG('E', "Unexpected exception caught.");
+    return false;
+  }
+}
+
+void VexCap::reader_init(std::uint32_t reader_kind, std::uint16_t format_arg1,
+                         std::uint16_t format_arg2) {
+  if (!source_group_ || frame_reader_) {
+    VXLOG('E', "Wrong state for reader_init");
+    return;
+  }
+  try {
+    const platform::SourceKind wanted_kind = source_kind_for_reader(reader_kind);
+    const auto sources = capture_->frame_sources();
+
+    platform::StreamType default_type = platform::StreamType::VideoRecord;
+    for (const auto& source : sources) {
+      const platform::SourceInfo info = source->info();
+      if (info.kind == wanted_kind && info.stream_type == platform::StreamType::VideoPreview)
+        default_type = platform::StreamType::VideoPreview;
+    }
+
+    for (const auto& source : sources) {
+      const platform::SourceInfo info = source->info();
+      // USB cameras are read from their record stream.
+      const bool usb = info.device_information && contains(info.device_information->id, L"USB#");
+      const platform::StreamType wanted_type = usb ? platform::StreamType::VideoRecord : default_type;
+
+      if (info.kind == wanted_kind && info.stream_type == wanted_type && !frame_reader_) {
+        if (const auto current = source->current_format()) current_format_height_ = current->height();
+        frame_source_ = source;
+        const bool colour = info.kind == platform::SourceKind::Color;
+        VXLOG('D', "SourceKindr= %ws", name_of(info.kind));
+        format_table_ = collect_format_table(source->supported_formats(), colour, format_arg1, format_arg2);
+        // RGB24 frames are converted by the library; everything else is asked for as NV12.
+        const std::optional<std::wstring> subtype =
+            table_has_subtype(format_table_, L"RGB24") ? std::nullopt
+                                                       : std::optional<std::wstring>(L"NV12");
+        frame_reader_ = capture_->create_frame_reader(source, subtype);
+        frame_reader_->set_acquisition_mode(platform::AcquisitionMode::Realtime);
+        VXLOG('D', "Reader for mode %d is created", static_cast<int>(stream_mode_));
+      } else if (info.kind == wanted_kind && info.stream_type == platform::StreamType::Photo) {
+        second_source_ = source;
+      }
+    }
+  } catch (const PlatformError& error) {
+    VXLOG('E', "exception: %ws", error.message().c_str());
+    throw;
+  }
+}
+
+void VexCap::subscribe_to_capture_failures() {
+  std::weak_ptr<VexCap> weak = weak_from_this();
+  failed_token_ = capture_->add_failed([weak](const platform::CaptureFailure&) {
+    VXLOG('E', "Media capture failed. Notifying the main thread...");
+    // Recovery belongs to the request thread; it is not wired yet, so the failure is only
+    // reported.
+    (void)weak;
+  });
+}
+
+// ---- Streaming -----------------------------------------------------------------------------
+
+bool VexCap::can_stream() const {
+  return initialized_ && source_group_ && frame_reader_ && !rgb_disabled_;
+}
+
+hresult VexCap::enable_stream_type(std::int32_t format_index, std::uint32_t apply_flag) {
+  if (!can_stream()) {
+    VXLOG('E', "enable_stream_type: not valid state");
+    return HR_INVALID_STATE;
+  }
+  if (reader_kind_ == 1 && (format_index < 0 || format_index > 9)) return HR_INVALIDARG;
+
+  auto formats = frame_source_->supported_formats();
+  if (formats.empty()) return 16;  // the required plain answer, not an HRESULT
+  const auto entry = format_table_.find(static_cast<std::uint32_t>(format_index));
+  if (format_index < 0 || entry == format_table_.end()) return HR_NOTIMPL;
+  if (entry->second.position >= formats.size()) return HR_NOTIMPL;
+
+  frame_source_->set_format(formats[entry->second.position]);
+  if (apply_flag != 1) {
+    format_set_mark_ = 1;
+    return HR_OK;
+  }
+
+  try {
+    frame_reader_->start();
+  } catch (const PlatformError& error) {
+    VXLOG('E', "SetFormatAsync->StartAsync failed: %ws", error.message().c_str());
+  }
+  if (frame_source_->supported_formats().empty()) return 16;
+  std::this_thread::sleep_for(kApplyFormatRun);
+  try {
+    frame_reader_->stop();
+  } catch (const PlatformError& error) {
+    VXLOG('E', "SetFormatAsync->StopAsync failed: %ws", error.message().c_str());
+  }
+  return HR_OK;
+}
+
+hresult VexCap::start_streaming(vexcap_frame_callback callback, void* context) {
+  if (!can_stream()) {
+    VXLOG('E', "start_streaming: not valid state");
+    return HR_INVALID_STATE;
+  }
+  std::unique_lock<std::mutex> lock(callback_lock_);
+  try {
+    // The handler holds only a weak reference: a pending frame never keeps a client alive.
+    std::weak_ptr<VexCap> weak = weak_from_this();
+    frame_arrived_token_ = frame_reader_->add_frame_arrived([weak](platform::FrameReader& reader) {
+      const std::shared_ptr<VexCap> client = weak.lock();
+      if (!client) return HR_DISCONNECTED;
+      client->on_frame_arrived(reader);
+      return HR_OK;
+    });
+    frame_reader_->start();  // its start status is not examined
+    frame_callback_ = callback;
+    frame_context_ = context;
+  } catch (const PlatformError& error) {
+    VXLOG('E', "start stream exception: %ws", error.message().c_str());
+    lock.unlock();
+    stop_streaming();  // a start that failed this way reports success with streaming stopped
+    lock.lock();
+  }
+  return HR_OK;
+}
+
+void VexCap::on_frame_arrived(platform::FrameReader& reader) {
+  const std::shared_ptr<platform::Frame> frame = reader.try_acquire_latest_frame();
+  if (!frame) return;
+  vexcap_frame_callback callback;
+  {
+    std::lock_guard<std::mutex> lock(callback_lock_);
+    callback = frame_callback_;
+  }
+  // Frames are dropped while nobody listens. Building records for the host is the frame
+  // pipeline's job, which this client does not have yet.
+  (void)callback;
+  frame->close();
+}
+
+hresult VexCap::stop_streaming() {
+  {
+    // First, in every state: no frame reaches the host once the call began.
+    std::lock_guard<std::mutex> lock(callback_lock_);
+    frame_callback_ = nullptr;
+    frame_context_ = nullptr;
+  }
+  if (!initialized_ || !frame_reader_) return HR_INVALID_STATE;
+  if (!rgb_disabled_) frame_reader_->stop();
+  frame_reader_->remove_frame_arrived(frame_arrived_token_);
+  frame_arrived_token_ = 0;
+  return HR_OK;
+}
+
+hresult VexCap::clear() {
+  if (rgb_disabled_ || !initialized_) return HR_OK;
+  try {
+    const hresult stopped = stop_streaming();
+    if (failed(stopped)) VXLOG('W', "Failed stopping streaming: %08x", stopped);
+  } catch (const PlatformError&) {
+    return HR_FAIL;
+  }
+  try {
+    if (frame_reader_) {
+      frame_reader_->close();
+      frame_reader_.reset();
+    }
+    if (capture_) {
+      if (exclusive_control_token_ != 0) {
+        capture_->remove_exclusive_control_status_changed(exclusive_control_token_);
+        exclusive_control_token_ = 0;
+      }
+      capture_->close_frame_sources();
+      capture_.reset();
+    }
+    initialized_ = false;
+    if (source_group_) {
+      source_group_->close();
+      source_group_.reset();
+    }
+    format_table_.clear();
+    return HR_OK;
+  } catch (const PlatformError&) {
+    return HR_FAIL;
+  }
+}
+
+}  // namespace vexcap::client

@@ -1,0 +1,105 @@
+// The capture client: one media-capture session on one camera source group, its frame reader
+// and the host's frame callback. A device holds two: one exclusive, one shared read-only.
+//
+// Every operation runs on the request thread, except the frame-arrived handler (platform
+// threads) and the capture-failure handler. Lock order: no operation holds two of the
+// client's locks at once.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "client/format_table.h"
+#include "common/hresult.h"
+#include "common/manual_reset_event.h"
+#include "platform/port.h"
+#include "vexcap/vexcap.h"
+
+namespace vexcap::client {
+
+// The client's device identifier holds at most this many UTF-16 units, terminator included.
+constexpr std::size_t kDeviceIdCapacity = 260;
+
+class VexCap : public std::enable_shared_from_this<VexCap> {
+ public:
+  // stream_mode: 0 shared, 1 exclusive, anything else logged and treated as shared.
+  static std::shared_ptr<VexCap> create(std::uint32_t stream_mode);
+  ~VexCap();
+  VexCap(const VexCap&) = delete;
+  VexCap& operator=(const VexCap&) = delete;
+
+  // Binds the client to the source group `group_id` and creates its reader for `reader_kind`.
+  hresult initialize(const std::wstring& group_id, std::uint32_t reader_kind,
+                     std::uint16_t format_arg1, std::uint16_t format_arg2);
+  void reader_init(std::uint32_t reader_kind, std::uint16_t format_arg1, std::uint16_t format_arg2);
+  // True when the capture instance is ready; its callers go on whatever it answers.
+  bool initialize_media_capture(const std::shared_ptr<platform::SourceGroup>& group);
+
+  // Selects the format with code `format_index`; apply flag 1 runs the reader briefly with it.
+  hresult enable_stream_type(std::int32_t format_index, std::uint32_t apply_flag);
+  hresult start_streaming(vexcap_frame_callback callback, void* context);
+  hresult stop_streaming();
+  // Tears the capture instance down (device close, destruction).
+  hresult clear();
+
+  std::uint32_t stream_mode() const { return stream_mode_; }
+  bool is_exclusive() const { return stream_mode_ == 1; }
+  bool initialized() const { return initialized_; }
+  bool rgb_disabled() const { return rgb_disabled_; }
+  std::uint32_t format_set_mark() const { return format_set_mark_; }
+  std::uint32_t reader_kind() const { return reader_kind_; }
+  std::uint16_t format_arg1() const { return format_arg1_; }
+  std::uint16_t format_arg2() const { return format_arg2_; }
+  const FormatTable& format_table() const { return format_table_; }
+  std::wstring device_id() const;
+  std::shared_ptr<platform::FrameSource> frame_source() const { return frame_source_; }
+  std::shared_ptr<platform::FrameSource> second_source() const { return second_source_; }
+  std::shared_ptr<platform::FrameReader> frame_reader() const { return frame_reader_; }
+  bool has_capture() const { return capture_ != nullptr; }
+  bool has_source_group() const { return source_group_ != nullptr; }
+
+ private:
+  explicit VexCap(std::uint32_t stream_mode);
+
+  std::shared_ptr<platform::SourceGroup> find_source_group(
+      const std::vector<std::shared_ptr<platform::SourceGroup>>& groups, const std::wstring& id,
+      platform::SourceKind kind);
+  void subscribe_to_capture_failures();
+  void on_frame_arrived(platform::FrameReader& reader);
+  bool can_stream() const;
+
+  const std::uint32_t stream_mode_;
+  ManualResetEvent rgb_stopped_event_;
+  bool initialized_ = false;
+  std::uint32_t format_set_mark_ = 0;
+  std::uint32_t reader_kind_ = 0;
+  std::uint16_t format_arg1_ = 0;
+  std::uint16_t format_arg2_ = 0;
+  FormatTable format_table_;
+  std::uint32_t current_format_height_ = 0;  // of the reader source's current format
+
+  std::shared_ptr<platform::FrameReader> frame_reader_;
+  std::shared_ptr<platform::SourceGroup> source_group_;
+  std::shared_ptr<platform::FrameSource> frame_source_;
+  std::shared_ptr<platform::FrameSource> second_source_;
+  platform::EventToken frame_arrived_token_ = 0;
+  platform::EventToken failed_token_ = 0;
+  platform::EventToken exclusive_control_token_ = 0;
+  std::shared_ptr<platform::Capture> capture_;  // agile: handlers reach it from other threads
+  std::optional<platform::CaptureSettings> capture_settings_;
+
+  std::mutex callback_lock_;  // guards frame_callback_ and frame_context_
+  vexcap_frame_callback frame_callback_ = nullptr;
+  void* frame_context_ = nullptr;
+
+  std::mutex failure_lock_;  // held for the whole of a capture-failure recovery
+  std::array<wchar_t, kDeviceIdCapacity> device_id_{};
+
+  bool rgb_disabled_ = false;  // set for good when the host switches the colour stream off
+};
+
+}  // namespace vexcap::client
