@@ -1,0 +1,28 @@
+// Registration of the host's RGB-status callback on a capture client: waits until the camera
+// is ready, then starts the extension unit's notifier.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "common/hresult.h"
+#include "controls/extension_unit.h"
+#include "vexcap/vexcap.h"
+
+namespace vexcap::controls {
+
+// Reads the client's 40-byte face-auth buffer (get_face_auth_mode over the client's target).
+using FaceAuthReader = std::function<hresult(std::uint8_t* buffer)>;
+
+// With no extension unit or an uninitialized client nothing is registered and HR_OK returns.
+// Otherwise blocks, without limit, while the camera reports a non-zero RGB status and, for an
+// infrared source, while a camera offering the disabled face-auth mode is in another mode;
+// the host relies on the callback starting from a quiet camera.
+hresult register_rgb_status_notifier(ExtensionUnit* unit, bool initialized, bool is_infrared,
+                                     const FaceAuthReader& read_face_auth,
+                                     vexcap_rgb_status_callback callback, void* context);
+
+// Clears the callback and waits for the notifier to end; no-op without an extension unit.
+void unregister_rgb_status_notifier(ExtensionUnit* unit);
+
+}  // namespace vexcap::controls
