@@ -45,6 +45,8 @@ VexCap::~VexCap() {
   capture_settings_.reset();
   const hresult cleared = clear();
   if (failed(cleared)) VXLOG('W', "Failed clearing VexCap: %08x", cleared);
+  xu_control_.reset();  // stops its notifier and shuts its device source down
+  property_controller_.reset();
   source_group_.reset();
   frame_source_.reset();
   second_source_.reset();
@@ -75,9 +77,11 @@ hresult VexCap::initialize(const std::wstring& group_id, std::uint32_t reader_ki
     if (!capture_) return HR_FAIL;
 
     reader_init(reader_kind, format_arg1, format_arg2);
+    load_extension_unit(reader_kind);
     if (is_exclusive()) subscribe_to_capture_failures();
     VXLOG('D', "SourceGroup ID= %ws", group_id.c_str());
     initialized_ = true;
+    if (is_exclusive()) switch_llc_on();
     return HR_OK;
   } catch (const PlatformError&) {
     return HR_ABORT;
@@ -155,6 +159,7 @@ void VexCap::reader_init(std::uint32_t reader_kind, std::uint16_t format_arg1,
       if (info.kind == wanted_kind && info.stream_type == wanted_type && !frame_reader_) {
         if (const auto current = source->current_format()) current_format_height_ = current->height();
         frame_source_ = source;
+        property_controller_ = source->controller();
         const bool colour = info.kind == platform::SourceKind::Color;
         VXLOG('D', "SourceKindr= %ws", name_of(info.kind));
         format_table_ = collect_format_table(source->supported_formats(), colour, format_arg1, format_arg2);
@@ -173,6 +178,26 @@ void VexCap::reader_init(std::uint32_t reader_kind, std::uint16_t format_arg1,
     VXLOG('E', "exception: %ws", error.message().c_str());
     throw;
   }
+}
+
+void VexCap::load_extension_unit(std::uint32_t reader_kind) {
+  xu_control_ = std::make_unique<controls::ExtensionUnit>();
+  const hresult loaded = xu_control_->load(platform::current(), reader_kind);
+  if (failed(loaded)) VXLOG('I', "XU control not available or couldn't be loaded: %08x", loaded);
+}
+
+// Low-light compensation is switched on for every exclusive client; failures only log.
+void VexCap::switch_llc_on() {
+  const controls::PropertyTarget target = property_target();
+  std::uint8_t current[controls::kExtendedPropertySize] = {};
+  const hresult got = controls::get_llc(target, current);
+  if (failed(got)) VXLOG('W', "Getting LLC failed: %08x", got);
+  const hresult set = controls::set_llc(target, VEXCAP_LLC_ON);
+  if (failed(set)) VXLOG('W', "Setting LLC failed: %08x", set);
+}
+
+controls::PropertyTarget VexCap::property_target() const {
+  return controls::PropertyTarget{property_controller_.get(), initialized_};
 }
 
 void VexCap::subscribe_to_capture_failures() {

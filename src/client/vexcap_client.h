@@ -16,6 +16,8 @@
 #include "client/format_table.h"
 #include "common/hresult.h"
 #include "common/manual_reset_event.h"
+#include "controls/extended_properties.h"
+#include "controls/extension_unit.h"
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
 
@@ -60,6 +62,9 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   std::shared_ptr<platform::FrameSource> second_source() const { return second_source_; }
   std::shared_ptr<platform::FrameReader> frame_reader() const { return frame_reader_; }
   bool has_capture() const { return capture_ != nullptr; }
+  controls::ExtensionUnit* extension_unit() const { return xu_control_.get(); }
+  // The frame source's controller, for the extended properties.
+  controls::PropertyTarget property_target() const;
   bool has_source_group() const { return source_group_ != nullptr; }
 
  private:
@@ -69,6 +74,8 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
       const std::vector<std::shared_ptr<platform::SourceGroup>>& groups, const std::wstring& id,
       platform::SourceKind kind);
   void subscribe_to_capture_failures();
+  void load_extension_unit(std::uint32_t reader_kind);
+  void switch_llc_on();
   void on_frame_arrived(platform::FrameReader& reader);
   bool can_stream() const;
 
@@ -80,6 +87,8 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   std::uint16_t format_arg1_ = 0;
   std::uint16_t format_arg2_ = 0;
   FormatTable format_table_;
+  std::unique_ptr<controls::ExtensionUnit> xu_control_;
+  std::shared_ptr<platform::SourceController> property_controller_;  // kept for property_target
   std::uint32_t current_format_height_ = 0;  // of the reader source's current format
 
   std::shared_ptr<platform::FrameReader> frame_reader_;
