@@ -49,6 +49,7 @@ std::int64_t now() { return world().clock()->now(); }
 
 void set_call_fault(PlatformCall call, CallFault fault) { world().set_call_fault(call, fault); }
 void release_slow_calls() { world().release_slow_calls(); }
+bool wait_for_slow_call(std::chrono::milliseconds limit) { return world().wait_for_slow_call(limit); }
 void clear_faults() { world().clear_faults(); }
 void raise_capture_failed(hresult code, const std::wstring& message, const std::optional<std::wstring>& group_id) {
   world().raise_failed(code, message, group_id);

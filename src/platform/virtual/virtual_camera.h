@@ -43,6 +43,7 @@ std::int64_t now();  // frame time, 100 ns units
 // ---- Faults ----
 void set_call_fault(PlatformCall call, CallFault fault);
 void release_slow_calls();  // ends every delay now running
+bool wait_for_slow_call(std::chrono::milliseconds limit);  // true once a call is being delayed
 void clear_faults();
 void raise_capture_failed(hresult code, const std::wstring& message = L"The capture device failed.",
                           const std::optional<std::wstring>& group_id = std::nullopt);

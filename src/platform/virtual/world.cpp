@@ -232,6 +232,11 @@ void World::release_slow_calls() {
   released_.notify_all();
 }
 
+bool World::wait_for_slow_call(std::chrono::milliseconds limit) {
+  std::unique_lock lock(mutex_);
+  return released_.wait_for(lock, limit, [&] { return delayed_calls_ > 0; });
+}
+
 hresult World::enter_call(PlatformCall call) {
   std::unique_lock lock(mutex_);
   auto it = faults_.find(call);
@@ -239,7 +244,10 @@ hresult World::enter_call(PlatformCall call) {
   CallFault fault = it->second;
   if (fault.delay.count() > 0) {
     auto generation = release_generation_;
+    ++delayed_calls_;
+    released_.notify_all();
     released_.wait_for(lock, fault.delay, [&] { return closing_ || release_generation_ != generation; });
+    --delayed_calls_;
   }
   return fault.result;
 }

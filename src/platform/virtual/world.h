@@ -110,6 +110,8 @@ class World {
   void set_call_fault(PlatformCall call, CallFault fault);
   void clear_faults();
   void release_slow_calls();
+  // Waits (at most `limit`) until some call is held by its delay; true when one is.
+  bool wait_for_slow_call(std::chrono::milliseconds limit);
   // Waits out the call's delay and returns its chosen result. Caller does not hold mutex().
   hresult enter_call(PlatformCall call);
   // As enter_call, throwing PlatformError with `message` on a failure.
@@ -141,6 +143,7 @@ class World {
   std::mutex mutex_;
   std::condition_variable released_;  // wakes delayed calls on release_slow_calls
   std::uint64_t release_generation_ = 0;
+  int delayed_calls_ = 0;
   std::shared_ptr<Clock> clock_;
   std::vector<std::shared_ptr<GroupState>> groups_;
   std::vector<SessionEntry> sessions_;
