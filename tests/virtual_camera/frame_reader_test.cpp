@@ -213,6 +213,11 @@ TEST(FrameReader, Rgb24FramesAreBufferOnly) {
   EXPECT_EQ(p[0], 9 + 1);              // R = x + n
   EXPECT_EQ(p[1], 7 + 2);              // G = y + 2n
   EXPECT_EQ(p[2], 9 + 7 + 3);          // B = x + y + 3n
+  auto bgra = frame->bitmap_from_buffer();
+  ASSERT_NE(bgra, nullptr);
+  EXPECT_EQ(bgra->pixel_format(), PixelFormat::Bgra8);
+  const std::uint8_t* q = bgra->lock_for_read()->data() + (7 * 640 + 9) * 4;
+  EXPECT_EQ((std::vector<int>{q[0], q[1], q[2], q[3]}), (std::vector<int>{9 + 7 + 3, 7 + 2, 9 + 1, 255}));
 }
 
 TEST(FrameReader, Nv12ReaderConvertsYuy2Frames) {

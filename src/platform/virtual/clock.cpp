@@ -24,7 +24,9 @@ void Clock::advance(std::int64_t ticks) {
   changed_.notify_all();
   changed_.wait(lock, [&] {
     return std::all_of(pacers_.begin(), pacers_.end(), [&](const Pacer* p) {
-      return p->stopped_ || (p->waiting_for_ >= 0 && p->waiting_for_ > manual_now_);
+      // A stopped pacer still counts until its producer lets go of it: its last handler may
+      // still be running.
+      return !p->stopped_ && p->waiting_for_ > manual_now_;
     });
   });
 }

@@ -23,8 +23,9 @@ class Clock {
   ClockMode mode() const { return mode_; }
   std::int64_t now() const;  // 100 ns units
 
-  // Manual mode: moves time on and waits until every pacer is waiting for a later time (or
-  // stopped). Never call it from a frame handler. Real mode: no effect.
+  // Manual mode: moves time on and waits until every pacer is waiting for a later time; a
+  // stopped pacer holds it until the pacer is destroyed (its producer has ended). Never call it
+  // from a frame handler. Real mode: no effect.
   void advance(std::int64_t ticks);
 
   // One frame producer's schedule. Created before the producer's thread starts; the clock
