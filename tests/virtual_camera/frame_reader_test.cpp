@@ -66,9 +66,9 @@ TEST(FrameReader, ANewFormatChangesTheRateFromTheNextFrame) {
   auto source = s.capture->frame_sources().at(kInfrared);
   source->set_format(source->supported_formats().at(1));  // L8 640x480 @15
   s.advance(kSecond);
-  // One frame still on the old schedule, then 15 a second.
-  EXPECT_GE(frames, 44u);
-  EXPECT_LE(frames, 46u);
+  // The next frame (due at 31/30 s) is the first with the new format and restarts the
+  // schedule: 14 more fit before 2 s at 15 a second.
+  EXPECT_EQ(frames, 30u + 1u + 14u);
 }
 
 TEST(FrameReader, OnlyTheNewestFrameWaitsAndIsTakenOnce) {

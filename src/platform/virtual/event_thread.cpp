@@ -23,7 +23,11 @@ struct EventThread::State {
       queue.pop_front();
       busy = true;
       lock.unlock();
-      event();
+      try {
+        event();
+      } catch (...) {
+        // A handler's failure stays with the handler, as the platform's event sources do.
+      }
       event = nullptr;  // handlers captured by the event die here, outside the lock
       lock.lock();
       busy = false;

@@ -108,7 +108,13 @@ void VirtualFrameReader::Core::deliver(std::shared_ptr<platform::Frame> frame) {
   }
   for (auto& [token, handler] : to_call) {
     if (!reader) return;
-    if (handler(*reader) != HR_DISCONNECTED) continue;
+    hresult result;
+    try {
+      result = handler(*reader);
+    } catch (...) {
+      result = HR_FAIL;  // a failing delegate stays subscribed, as on the platform
+    }
+    if (result != HR_DISCONNECTED) continue;
     std::lock_guard lock(mutex);  // the event source drops a disconnected delegate
     handlers.erase(token);
   }

@@ -82,6 +82,7 @@ class World {
   std::vector<std::shared_ptr<GroupState>> groups();  // present groups, scenario order
   std::shared_ptr<GroupState> find_group(const std::wstring& id);
   // Changes a present group's live state in place, without events; false when no such group.
+  // `edit` runs under the World lock and must not call back into the virtual camera.
   bool edit_group(const std::wstring& id, const std::function<void(GroupSpec&)>& edit);
   std::optional<GroupSpec> group_spec(const std::wstring& id);
 
