@@ -207,6 +207,9 @@ class FrameSource {
   virtual std::shared_ptr<FrameFormat> current_format() = 0;  // null when none
   virtual void set_format(const std::shared_ptr<FrameFormat>& format) = 0;  // SetFormatAsync, waited for
   virtual std::shared_ptr<SourceController> controller() = 0;
+  // The device's exclusive-control status as the platform reports it now. The raw value is
+  // kept: the core tests for values beyond the two named ones.
+  virtual ExclusiveControlStatus exclusive_control_status() = 0;
 };
 
 // ---- Pixels ----------------------------------------------------------------------------------

@@ -1,14 +1,21 @@
 // The virtual platform: the device of every test and of the demo.
 #pragma once
 
+#include <memory>
+
 #include "platform/port.h"
 #include "platform/virtual/virtual_runtime.h"
+#include "platform/virtual/world.h"
 
 namespace vexcap::virtual_camera {
 
 class VirtualPlatform : public platform::Platform {
  public:
+  VirtualPlatform();
+
   VirtualRuntime& runtime() override { return runtime_; }
+  // The simulated system behind this platform (scenario, faults, records).
+  World& world() { return *world_; }
 
   std::vector<std::shared_ptr<platform::SourceGroup>> find_all_source_groups() override;
   std::shared_ptr<platform::Capture> create_capture() override;
@@ -28,6 +35,7 @@ class VirtualPlatform : public platform::Platform {
 
  private:
   VirtualRuntime runtime_;
+  std::shared_ptr<World> world_;
 };
 
 // The process's virtual platform (what platform::current() returns in virtual builds).

@@ -1,0 +1,81 @@
+// MediaCapture and its MediaFrameSources: initialization under the sharing rules, the Failed
+// and exclusive-control events (raised on the session's own event thread), reader creation.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+
+#include "platform/port.h"
+#include "platform/virtual/event_thread.h"
+#include "platform/virtual/world.h"
+
+namespace vexcap::virtual_camera {
+
+class VirtualFrameSource;
+
+class VirtualCapture : public platform::Capture,
+                       public SessionSink,
+                       public std::enable_shared_from_this<VirtualCapture> {
+ public:
+  explicit VirtualCapture(std::shared_ptr<World> world);
+  ~VirtualCapture() override;
+
+  void initialize(const platform::CaptureSettings& settings) override;
+  std::vector<std::shared_ptr<platform::FrameSource>> frame_sources() override;
+  void close_frame_sources() override;
+  std::shared_ptr<platform::FrameReader> create_frame_reader(
+      const std::shared_ptr<platform::FrameSource>& source, const std::optional<std::wstring>& subtype) override;
+  platform::EventToken add_failed(FailedHandler handler) override;
+  void remove_failed(platform::EventToken token) override;
+  platform::EventToken add_exclusive_control_status_changed(ExclusiveControlHandler handler) override;
+  void remove_exclusive_control_status_changed(platform::EventToken token) override;
+  std::optional<hresult> shutdown_if_supported() override;
+
+  void post_exclusive_control_changed(const platform::ExclusiveControlChange& change) override;
+  void post_failed(const platform::CaptureFailure& failure) override;
+
+ private:
+  void require_ready();  // caller holds mutex_
+
+  std::shared_ptr<World> world_;
+  EventThread events_;
+  std::mutex mutex_;  // guards everything below; never held while calling World or a handler
+  bool initialized_ = false;
+  bool shut_down_ = false;
+  platform::SharingMode mode_ = platform::SharingMode::SharedReadOnly;
+  std::shared_ptr<GroupState> group_;
+  std::vector<std::shared_ptr<VirtualFrameSource>> sources_;
+  platform::EventToken next_token_ = 1;
+  std::map<platform::EventToken, FailedHandler> failed_handlers_;
+  std::map<platform::EventToken, ExclusiveControlHandler> exclusive_handlers_;
+};
+
+class VirtualFrameSource : public platform::FrameSource {
+ public:
+  VirtualFrameSource(std::shared_ptr<World> world, std::shared_ptr<GroupState> group, std::size_t index,
+                     const SessionSink* session, platform::SharingMode mode);
+  platform::SourceInfo info() override;
+  std::vector<std::shared_ptr<platform::FrameFormat>> supported_formats() override;
+  std::shared_ptr<platform::FrameFormat> current_format() override;
+  void set_format(const std::shared_ptr<platform::FrameFormat>& format) override;
+  std::shared_ptr<platform::SourceController> controller() override;
+  platform::ExclusiveControlStatus exclusive_control_status() override;
+
+  void close();
+  const SessionSink* session() const { return session_; }
+  const std::shared_ptr<GroupState>& group() const { return group_; }
+  std::size_t index() const { return index_; }
+
+ private:
+  void require_open();  // caller holds the World lock
+
+  std::shared_ptr<World> world_;
+  std::shared_ptr<GroupState> group_;
+  const std::size_t index_;
+  const SessionSink* const session_;
+  const platform::SharingMode mode_;
+  bool closed_ = false;  // guarded by the World lock
+};
+
+}  // namespace vexcap::virtual_camera

@@ -1,0 +1,145 @@
+#include "platform/virtual/frame.h"
+
+#include <algorithm>
+#include <cwctype>
+
+#include "platform/virtual/known_ids.h"
+#include "platform/virtual/source_group.h"
+
+namespace vexcap::virtual_camera {
+
+using platform::PixelFormat;
+
+namespace {
+
+std::wstring upper(std::wstring text) {
+  for (auto& c : text) c = wchar_t(std::towupper(wint_t(c)));
+  return text;
+}
+
+// The bitmap layout a subtype is delivered in; Unknown for RGB24 and unsupported subtypes.
+PixelFormat layout_of(const std::wstring& subtype) {
+  std::wstring s = upper(subtype);
+  if (s == L"GRAY8" || s == L"L8" || s == L"Y8") return PixelFormat::Gray8;
+  if (s == L"L16" || s == L"D16" || s == L"Y16" || s == L"GRAY16") return PixelFormat::Gray16;
+  if (s == L"NV12") return PixelFormat::Nv12;
+  if (s == L"YUY2") return PixelFormat::Yuy2;
+  if (s == L"ARGB32" || s == L"RGB32") return PixelFormat::Bgra8;
+  if (s == L"ABGR32") return PixelFormat::Rgba8;
+  return PixelFormat::Unknown;
+}
+
+platform::IlluminationRead illumination_of(IlluminationMetadata metadata, std::uint64_t n) {
+  platform::IlluminationRead read;
+  switch (metadata) {
+    case IlluminationMetadata::Alternating: read.illumination = n % 2 == 0 ? 1 : 0; break;
+    case IlluminationMetadata::AlwaysOn: read.illumination = 1; break;
+    case IlluminationMetadata::AlwaysOff: read.illumination = 0; break;
+    case IlluminationMetadata::AttributeMissing: read.get_illumination = ids::kAttributeNotFound; break;
+    case IlluminationMetadata::MetadataMissing: read.get_capture_metadata = ids::kAttributeNotFound; break;
+    case IlluminationMetadata::SampleUnreachable: read.get_sample = ids::kUnsupportedService; break;
+    case IlluminationMetadata::ServiceUnavailable: read.get_service = HR_NOINTERFACE; break;
+  }
+  return read;
+}
+
+}  // namespace
+
+FrameContents make_frame_contents(const FormatSpec& format, const std::optional<std::wstring>& reader_subtype,
+                                  std::uint64_t n, std::int64_t time, IlluminationMetadata metadata,
+                                  std::uint32_t stride_padding, bool unsupported) {
+  FrameContents frame;
+  frame.time = time;
+  frame.format = format;
+  frame.illumination = illumination_of(metadata, n);
+  auto width = std::int32_t(format.width), height = std::int32_t(format.height);
+
+  if (unsupported) {  // a compressed-looking frame nothing can turn into a bitmap
+    frame.format.subtype = L"MJPG";
+    frame.buffer = std::make_shared<VirtualBuffer>(pattern_rgb24(width, height / 4 + 1, n));
+    return frame;
+  }
+  PixelFormat native = layout_of(format.subtype);
+  bool rgb24 = upper(format.subtype) == L"RGB24";
+  // A reader asked for NV12 converts colour layouts; grey and depth layouts stay as they are.
+  bool to_nv12 = reader_subtype && upper(*reader_subtype) == L"NV12" &&
+                 (rgb24 || native == PixelFormat::Yuy2 || native == PixelFormat::Bgra8 || native == PixelFormat::Rgba8);
+  if (to_nv12) {
+    frame.format.subtype = L"NV12";
+    PixelImage image = rgb24 ? rgb24_to_nv12(pattern_rgb24(width, height, n).data(), width, height)
+                             : *convert_image(pattern_image(native, width, height, n), PixelFormat::Nv12);
+    if (stride_padding) {
+      PixelImage padded = blank_image(PixelFormat::Nv12, width, height, stride_padding);
+      std::int32_t rows = height + (height + 1) / 2;
+      for (std::int32_t y = 0; y < rows; ++y)
+        std::copy_n(image.bytes.begin() + std::size_t(y) * image.stride, image.stride,
+                    padded.bytes.begin() + std::size_t(y) * padded.stride);
+      image = std::move(padded);
+    }
+    frame.bitmap = std::make_shared<VirtualBitmap>(std::move(image));
+  } else if (rgb24) {
+    frame.buffer = std::make_shared<VirtualBuffer>(pattern_rgb24(width, height, n));
+  } else if (native != PixelFormat::Unknown) {
+    frame.bitmap = std::make_shared<VirtualBitmap>(pattern_image(native, width, height, n, stride_padding));
+  } else {
+    frame.buffer = std::make_shared<VirtualBuffer>(pattern_rgb24(width, height / 4 + 1, n));
+  }
+  return frame;
+}
+
+void VirtualFrame::require_open() {
+  if (closed_) throw platform::PlatformError(ids::kClosed, L"The object has been closed.");
+}
+
+std::int64_t VirtualFrame::system_relative_time() {
+  std::lock_guard lock(mutex_);
+  require_open();
+  return contents_.time;
+}
+
+std::shared_ptr<platform::FrameFormat> VirtualFrame::format() {
+  std::lock_guard lock(mutex_);
+  require_open();
+  return std::make_shared<VirtualFrameFormat>(contents_.format);
+}
+
+std::shared_ptr<platform::Bitmap> VirtualFrame::software_bitmap() {
+  std::lock_guard lock(mutex_);
+  require_open();
+  return contents_.bitmap;
+}
+
+std::shared_ptr<platform::Buffer> VirtualFrame::buffer() {
+  std::lock_guard lock(mutex_);
+  require_open();
+  return contents_.buffer;
+}
+
+std::shared_ptr<platform::Bitmap> VirtualFrame::bitmap_from_buffer() {
+  std::lock_guard lock(mutex_);
+  require_open();
+  if (!contents_.buffer || upper(contents_.format.subtype) != L"RGB24") return nullptr;
+  platform::ByteAccess access = contents_.buffer->byte_access();
+  auto width = std::int32_t(contents_.format.width), height = std::int32_t(contents_.format.height);
+  if (access.data == nullptr || contents_.buffer->length() < std::uint32_t(width * height * 3)) return nullptr;
+  PixelImage image = blank_image(PixelFormat::Bgra8, width, height);
+  for (std::int32_t i = 0; i < width * height; ++i) {
+    const std::uint8_t* rgb = access.data + std::size_t(i) * 3;
+    std::uint8_t* bgra = image.bytes.data() + std::size_t(i) * 4;
+    bgra[0] = rgb[2], bgra[1] = rgb[1], bgra[2] = rgb[0], bgra[3] = 255;
+  }
+  return std::make_shared<VirtualBitmap>(std::move(image));
+}
+
+platform::IlluminationRead VirtualFrame::read_illumination() {
+  std::lock_guard lock(mutex_);
+  require_open();
+  return contents_.illumination;
+}
+
+void VirtualFrame::close() {
+  std::lock_guard lock(mutex_);
+  closed_ = true;
+}
+
+}  // namespace vexcap::virtual_camera

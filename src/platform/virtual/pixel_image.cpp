@@ -1,0 +1,231 @@
+#include "platform/virtual/pixel_image.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace vexcap::virtual_camera {
+
+using platform::PixelFormat;
+
+namespace {
+
+std::int32_t even_up(std::int32_t v) { return v + (v & 1); }
+std::int32_t half_up(std::int32_t v) { return (v + 1) / 2; }
+
+// Row length in bytes of plane 0 without padding.
+std::int32_t row_bytes(PixelFormat format, std::int32_t width) {
+  switch (format) {
+    case PixelFormat::Nv12: return even_up(width);
+    case PixelFormat::Yuy2: return 2 * even_up(width);
+    default: return bytes_per_pixel(format) * width;
+  }
+}
+
+std::size_t image_size(PixelFormat format, std::int32_t stride, std::int32_t height) {
+  std::size_t size = std::size_t(stride) * std::size_t(height);
+  if (format == PixelFormat::Nv12) size += std::size_t(stride) * std::size_t(half_up(height));
+  return size;
+}
+
+struct Rgb {
+  int r, g, b;
+};
+
+Rgb pattern_rgb(std::int32_t x, std::int32_t y, std::uint64_t n) {
+  return {int((x + n) & 0xFF), int((y + 2 * n) & 0xFF), int((x + y + 3 * n) & 0xFF)};
+}
+
+std::uint8_t luma(const Rgb& c) { return std::uint8_t(((66 * c.r + 129 * c.g + 25 * c.b + 128) >> 8) + 16); }
+
+// NV12 from any RGB source: `pixel(x, y)` gives the colour of a pixel.
+template <typename PixelAt>
+PixelImage nv12_from_rgb(std::int32_t width, std::int32_t height, PixelAt pixel) {
+  PixelImage out = blank_image(PixelFormat::Nv12, width, height);
+  std::uint8_t* chroma = out.bytes.data() + std::size_t(out.stride) * height;
+  for (std::int32_t y = 0; y < height; ++y)
+    for (std::int32_t x = 0; x < width; ++x) out.bytes[std::size_t(y) * out.stride + x] = luma(pixel(x, y));
+  for (std::int32_t j = 0; j < half_up(height); ++j) {
+    for (std::int32_t i = 0; i < half_up(width); ++i) {
+      int r = 0, g = 0, b = 0, count = 0;
+      for (std::int32_t y = 2 * j; y < std::min(2 * j + 2, height); ++y)
+        for (std::int32_t x = 2 * i; x < std::min(2 * i + 2, width); ++x) {
+          Rgb c = pixel(x, y);
+          r += c.r, g += c.g, b += c.b, ++count;
+        }
+      r = (r + count / 2) / count, g = (g + count / 2) / count, b = (b + count / 2) / count;
+      chroma[std::size_t(j) * out.stride + 2 * i] = std::uint8_t(((-38 * r - 74 * g + 112 * b + 128) >> 8) + 128);
+      chroma[std::size_t(j) * out.stride + 2 * i + 1] = std::uint8_t(((112 * r - 94 * g - 18 * b + 128) >> 8) + 128);
+    }
+  }
+  return out;
+}
+
+PixelImage nv12_from_yuy2(const PixelImage& src) {
+  PixelImage out = blank_image(PixelFormat::Nv12, src.width, src.height);
+  std::uint8_t* chroma = out.bytes.data() + std::size_t(out.stride) * src.height;
+  for (std::int32_t y = 0; y < src.height; ++y)
+    for (std::int32_t x = 0; x < src.width; ++x)
+      out.bytes[std::size_t(y) * out.stride + x] = src.bytes[std::size_t(y) * src.stride + 2 * x];
+  for (std::int32_t j = 0; j < half_up(src.height); ++j) {
+    const std::uint8_t* row0 = src.bytes.data() + std::size_t(2 * j) * src.stride;
+    const std::uint8_t* row1 = src.bytes.data() + std::size_t(std::min(2 * j + 1, src.height - 1)) * src.stride;
+    for (std::int32_t i = 0; i < half_up(src.width); ++i) {
+      chroma[std::size_t(j) * out.stride + 2 * i] = std::uint8_t((row0[4 * i + 1] + row1[4 * i + 1] + 1) / 2);
+      chroma[std::size_t(j) * out.stride + 2 * i + 1] = std::uint8_t((row0[4 * i + 3] + row1[4 * i + 3] + 1) / 2);
+    }
+  }
+  return out;
+}
+
+PixelImage repacked(const PixelImage& src) {
+  PixelImage out = blank_image(src.format, src.width, src.height);
+  std::int32_t rows = src.height + (src.format == PixelFormat::Nv12 ? half_up(src.height) : 0);
+  for (std::int32_t y = 0; y < rows; ++y)
+    std::memcpy(out.bytes.data() + std::size_t(y) * out.stride, src.bytes.data() + std::size_t(y) * src.stride,
+                std::size_t(out.stride));
+  return out;
+}
+
+}  // namespace
+
+std::vector<platform::PlaneDescription> PixelImage::planes() const {
+  std::vector<platform::PlaneDescription> result{{0, width, height, stride}};
+  if (format == PixelFormat::Nv12) result.push_back({stride * height, width / 2, height / 2, stride});
+  return result;
+}
+
+std::int32_t bytes_per_pixel(PixelFormat format) {
+  switch (format) {
+    case PixelFormat::Gray8: case PixelFormat::Nv12: return 1;
+    case PixelFormat::Gray16: case PixelFormat::Yuy2: return 2;
+    case PixelFormat::Bgra8: case PixelFormat::Rgba8: return 4;
+    default: return 0;
+  }
+}
+
+std::size_t packed_size(PixelFormat format, std::int32_t width, std::int32_t height) {
+  if (bytes_per_pixel(format) == 0 || width <= 0 || height <= 0) return 0;
+  return image_size(format, row_bytes(format, width), height);
+}
+
+PixelImage blank_image(PixelFormat format, std::int32_t width, std::int32_t height, std::uint32_t padding) {
+  PixelImage image;
+  image.format = format;
+  image.width = width;
+  image.height = height;
+  image.stride = row_bytes(format, width) + std::int32_t(padding);
+  image.bytes.assign(image_size(format, image.stride, height), 0);
+  return image;
+}
+
+PixelImage pattern_image(PixelFormat format, std::int32_t width, std::int32_t height, std::uint64_t n,
+                         std::uint32_t padding) {
+  PixelImage image = blank_image(format, width, height, padding);
+  auto L = [n](std::int32_t x, std::int32_t y) { return std::uint8_t((x + 2 * y + 3 * n) & 0xFF); };
+  for (std::int32_t y = 0; y < height; ++y) {
+    std::uint8_t* row = image.bytes.data() + std::size_t(y) * image.stride;
+    for (std::int32_t x = 0; x < width; ++x) {
+      switch (format) {
+        case PixelFormat::Gray8: case PixelFormat::Nv12: row[x] = L(x, y); break;
+        case PixelFormat::Gray16: row[2 * x] = row[2 * x + 1] = L(x, y); break;
+        case PixelFormat::Yuy2: {
+          std::int32_t i = x / 2;
+          row[2 * x] = L(x, y);
+          row[2 * x + 1] = std::uint8_t(((x & 1) ? 192 + i + 2 * y + n : 64 + i + y + n) & 0xFF);
+          break;
+        }
+        case PixelFormat::Bgra8: case PixelFormat::Rgba8: {
+          Rgb c = pattern_rgb(x, y, n);
+          bool bgra = format == PixelFormat::Bgra8;
+          row[4 * x] = std::uint8_t(bgra ? c.b : c.r);
+          row[4 * x + 1] = std::uint8_t(c.g);
+          row[4 * x + 2] = std::uint8_t(bgra ? c.r : c.b);
+          row[4 * x + 3] = 255;
+          break;
+        }
+        default: break;
+      }
+    }
+  }
+  if (format == PixelFormat::Nv12) {
+    std::uint8_t* chroma = image.bytes.data() + std::size_t(image.stride) * height;
+    for (std::int32_t j = 0; j < half_up(height); ++j)
+      for (std::int32_t i = 0; i < half_up(width); ++i) {
+        chroma[std::size_t(j) * image.stride + 2 * i] = std::uint8_t((64 + i + j + n) & 0xFF);
+        chroma[std::size_t(j) * image.stride + 2 * i + 1] = std::uint8_t((192 + i + 2 * j + n) & 0xFF);
+      }
+  }
+  return image;
+}
+
+std::vector<std::uint8_t> pattern_rgb24(std::int32_t width, std::int32_t height, std::uint64_t n) {
+  std::vector<std::uint8_t> bytes(std::size_t(width) * height * 3);
+  for (std::int32_t y = 0; y < height; ++y)
+    for (std::int32_t x = 0; x < width; ++x) {
+      Rgb c = pattern_rgb(x, y, n);
+      std::uint8_t* p = bytes.data() + (std::size_t(y) * width + x) * 3;
+      p[0] = std::uint8_t(c.r), p[1] = std::uint8_t(c.g), p[2] = std::uint8_t(c.b);
+    }
+  return bytes;
+}
+
+std::optional<PixelImage> image_from_bytes(PixelFormat format, std::int32_t width, std::int32_t height,
+                                           const std::uint8_t* data, std::size_t size) {
+  std::size_t needed = packed_size(format, width, height);
+  if (needed == 0 || data == nullptr || size < needed) return std::nullopt;
+  PixelImage image = blank_image(format, width, height);
+  std::memcpy(image.bytes.data(), data, needed);
+  return image;
+}
+
+std::optional<PixelImage> convert_image(const PixelImage& src, PixelFormat target) {
+  if (src.format == target) return repacked(src);
+  auto at = [&](std::int32_t, std::int32_t y) { return src.bytes.data() + std::size_t(y) * src.stride; };
+  switch (target) {
+    case PixelFormat::Nv12:
+      if (src.format == PixelFormat::Yuy2) return nv12_from_yuy2(src);
+      if (src.format == PixelFormat::Bgra8 || src.format == PixelFormat::Rgba8) {
+        bool bgra = src.format == PixelFormat::Bgra8;
+        return nv12_from_rgb(src.width, src.height, [&](std::int32_t x, std::int32_t y) {
+          const std::uint8_t* p = at(x, y) + 4 * x;
+          return bgra ? Rgb{p[2], p[1], p[0]} : Rgb{p[0], p[1], p[2]};
+        });
+      }
+      if (src.format == PixelFormat::Gray8) {
+        PixelImage out = blank_image(PixelFormat::Nv12, src.width, src.height);
+        for (std::int32_t y = 0; y < src.height; ++y)
+          std::memcpy(out.bytes.data() + std::size_t(y) * out.stride, at(0, y), std::size_t(src.width));
+        std::fill(out.bytes.begin() + std::size_t(out.stride) * src.height, out.bytes.end(), 128);
+        return out;
+      }
+      return std::nullopt;
+    case PixelFormat::Gray8:
+      if (src.format == PixelFormat::Gray16) {
+        PixelImage out = blank_image(target, src.width, src.height);
+        for (std::int32_t y = 0; y < src.height; ++y)
+          for (std::int32_t x = 0; x < src.width; ++x) out.bytes[std::size_t(y) * out.stride + x] = at(x, y)[2 * x + 1];
+        return out;
+      }
+      return std::nullopt;
+    case PixelFormat::Gray16:
+      if (src.format == PixelFormat::Gray8) {
+        PixelImage out = blank_image(target, src.width, src.height);
+        for (std::int32_t y = 0; y < src.height; ++y)
+          for (std::int32_t x = 0; x < src.width; ++x)
+            out.bytes[std::size_t(y) * out.stride + 2 * x] = out.bytes[std::size_t(y) * out.stride + 2 * x + 1] = at(x, y)[x];
+        return out;
+      }
+      return std::nullopt;
+    default:
+      return std::nullopt;
+  }
+}
+
+PixelImage rgb24_to_nv12(const std::uint8_t* data, std::int32_t width, std::int32_t height) {
+  return nv12_from_rgb(width, height, [&](std::int32_t x, std::int32_t y) {
+    const std::uint8_t* p = data + (std::size_t(y) * width + x) * 3;
+    return Rgb{p[0], p[1], p[2]};
+  });
+}
+
+}  // namespace vexcap::virtual_camera

@@ -1,0 +1,57 @@
+// Choosing and steering the process's virtual camera. This header exists only in builds with
+// the virtual platform: a host program or test picks a scenario before vexcap_init, changes
+// devices, drives time and injects faults while the library runs, and inspects what the
+// library asked of the camera. See docs/virtual-camera.md.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "platform/virtual/records.h"
+#include "platform/virtual/scenario.h"
+#include "platform/virtual/virtual_platform.h"
+#include "platform/virtual/world.h"
+
+namespace vexcap::virtual_camera {
+
+// ---- Scenario ----
+void use_scenario(Scenario scenario);  // replaces every device; call before opening any
+// Default scenario, no faults, no records, runtime results S_OK and its counters 0.
+void reset();
+VirtualRuntime& runtime();
+
+// ---- Devices while running (device watchers hear of these) ----
+void add_group(GroupSpec group);
+void remove_group(const std::wstring& group_id);  // open sessions on it fail
+void set_group_enabled(const std::wstring& group_id, bool enabled);  // disabling fails sessions
+void rename_group(const std::wstring& group_id, std::wstring display_name);
+
+// ---- Live state (no events): edit or read a present group's sources and driver state ----
+bool edit_source(const std::wstring& group_id, std::size_t index, const std::function<void(SourceSpec&)>& edit);
+bool edit_ks(const std::wstring& group_id, const std::function<void(KsDeviceSpec&)>& edit);
+std::optional<GroupSpec> group_state(const std::wstring& group_id);
+// Sessions initialized on a group, of one sharing mode or of any.
+int session_count(const std::wstring& group_id, std::optional<platform::SharingMode> mode = std::nullopt);
+
+// ---- Time (ClockMode::Manual) ----
+// Moves frame time on and returns once every running reader has raised the frames now due.
+void advance_time(std::chrono::nanoseconds step);
+std::int64_t now();  // frame time, 100 ns units
+
+// ---- Faults ----
+void set_call_fault(PlatformCall call, CallFault fault);
+void release_slow_calls();  // ends every delay now running
+bool wait_for_slow_call(std::chrono::milliseconds limit);  // true once a call is being delayed
+void clear_faults();
+void raise_capture_failed(hresult code, const std::wstring& message = L"The capture device failed.",
+                          const std::optional<std::wstring>& group_id = std::nullopt);
+void set_frames_stopped(bool stopped);          // readers keep running but produce nothing
+void set_unsupported_frames(bool unsupported);  // frames arrive as undecodable buffers
+
+// ---- Records ----
+Records records();
+void clear_records();
+
+}  // namespace vexcap::virtual_camera

@@ -1,0 +1,86 @@
+// The platform conversions of the virtual camera against values computed by hand.
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "platform/virtual/imaging.h"
+#include "platform/virtual/pixel_image.h"
+#include "platform/virtual/virtual_platform.h"
+
+namespace vexcap::virtual_camera {
+namespace {
+
+using platform::PixelFormat;
+
+TEST(PixelConversion, WhiteAndBlackBgraBecomeLimitedRangeNv12) {
+  // 2x2 white then 2x2 black, side by side: Y 235 / 16, chroma neutral.
+  PixelImage bgra = blank_image(PixelFormat::Bgra8, 4, 2);
+  for (int y = 0; y < 2; ++y)
+    for (int x = 0; x < 2; ++x)
+      for (int c = 0; c < 4; ++c) bgra.bytes[y * bgra.stride + x * 4 + c] = 255;
+  for (int y = 0; y < 2; ++y) bgra.bytes[y * bgra.stride + 2 * 4 + 3] = bgra.bytes[y * bgra.stride + 3 * 4 + 3] = 255;
+  VirtualBitmap bitmap(bgra);
+  auto nv12 = bitmap.convert(PixelFormat::Nv12);
+  auto locked = nv12->lock_for_read();
+  ASSERT_EQ(locked->plane_count(), 2);
+  const std::uint8_t* d = locked->data();
+  std::vector<std::uint8_t> expected = {235, 235, 16, 16, 235, 235, 16, 16, 128, 128, 128, 128};
+  ASSERT_EQ(locked->capacity(), expected.size());
+  EXPECT_EQ(std::vector<std::uint8_t>(d, d + expected.size()), expected);
+}
+
+TEST(PixelConversion, PatternBgraConvertsByTheDocumentedFormulas) {
+  VirtualPlatform platform;
+  const int n = 5, w = 6, h = 4;
+  auto converted = std::make_shared<VirtualBitmap>(pattern_image(PixelFormat::Bgra8, w, h, n))->convert(PixelFormat::Nv12);
+  auto locked = converted->lock_for_read();
+  const std::uint8_t* d = locked->data();
+  auto rgb = [&](int x, int y) { return std::array<int, 3>{(x + n) % 256, (y + 2 * n) % 256, (x + y + 3 * n) % 256}; };
+  for (int y = 0; y < h; ++y)
+    for (int x = 0; x < w; ++x) {
+      auto [r, g, b] = rgb(x, y);
+      EXPECT_EQ(d[y * w + x], ((66 * r + 129 * g + 25 * b + 128) >> 8) + 16) << x << "," << y;
+    }
+  for (int j = 0; j < h / 2; ++j)
+    for (int i = 0; i < w / 2; ++i) {
+      int r = 0, g = 0, b = 0;
+      for (int y = 2 * j; y < 2 * j + 2; ++y)
+        for (int x = 2 * i; x < 2 * i + 2; ++x) {
+          auto c = rgb(x, y);
+          r += c[0], g += c[1], b += c[2];
+        }
+      r = (r + 2) / 4, g = (g + 2) / 4, b = (b + 2) / 4;
+      EXPECT_EQ(d[w * h + j * w + 2 * i], ((-38 * r - 74 * g + 112 * b + 128) >> 8) + 128);
+      EXPECT_EQ(d[w * h + j * w + 2 * i + 1], ((112 * r - 94 * g - 18 * b + 128) >> 8) + 128);
+    }
+}
+
+TEST(PixelConversion, UnmodelledConversionsThrowAsThePlatformDoes) {
+  VirtualBitmap nv12(pattern_image(PixelFormat::Nv12, 4, 4, 0));
+  EXPECT_THROW(nv12.convert(PixelFormat::Bgra8), platform::PlatformError);
+  VirtualBitmap gray16(pattern_image(PixelFormat::Gray16, 3, 1, 0));
+  auto gray8 = gray16.convert(PixelFormat::Gray8)->lock_for_read();
+  EXPECT_EQ(std::vector<std::uint8_t>(gray8->data(), gray8->data() + 3), (std::vector<std::uint8_t>{0, 1, 2}));
+}
+
+TEST(PixelConversion, BitmapCopiedFromABufferNeedsEnoughBytes) {
+  VirtualPlatform platform;
+  auto buffer = platform.create_buffer(4 * 2 * 3 / 2);
+  auto access = buffer->byte_access();
+  ASSERT_EQ(access.get_result, HR_OK);
+  for (int i = 0; i < 12; ++i) access.data[i] = std::uint8_t(i);
+  buffer->set_length(11);
+  EXPECT_EQ(platform.create_bitmap_copy_from_buffer(*buffer, PixelFormat::Nv12, 4, 2), nullptr);
+  buffer->set_length(12);
+  auto bitmap = platform.create_bitmap_copy_from_buffer(*buffer, PixelFormat::Nv12, 4, 2);
+  ASSERT_NE(bitmap, nullptr);
+  auto locked = bitmap->lock_for_read();
+  EXPECT_EQ(locked->plane(1).start_index, 8);
+  EXPECT_EQ(locked->data()[11], 11);
+  EXPECT_THROW(buffer->set_length(13), platform::PlatformError);
+  buffer->close();
+  EXPECT_TRUE(failed(buffer->byte_access().get_result));
+}
+
+}  // namespace
+}  // namespace vexcap::virtual_camera

@@ -1,0 +1,151 @@
+// Sessions on one camera: exclusive control is held by one session at a time, shared sessions
+// only read, and the others hear when an exclusive holder comes or goes.
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "platform/virtual/known_ids.h"
+#include "platform/virtual/le_bytes.h"
+#include "virtual_camera/virtual_test_support.h"
+
+namespace vexcap::virtual_camera {
+namespace {
+
+using platform::ExclusiveControlStatus;
+using platform::PlatformError;
+using platform::SharingMode;
+using testing::Collected;
+using testing::open_session;
+
+constexpr std::size_t kInfrared = 0;
+
+hresult initialize_error(VirtualPlatform& platform, SharingMode mode) {
+  try {
+    open_session(platform, mode);
+  } catch (const PlatformError& e) {
+    return e.code();
+  }
+  return HR_OK;
+}
+
+TEST(SharingRules, SecondExclusiveSessionIsRefusedUntilTheFirstGoes) {
+  VirtualPlatform platform;
+  auto first = open_session(platform, SharingMode::ExclusiveControl);
+  EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), ids::kHardwareInUse);
+  EXPECT_EQ(initialize_error(platform, SharingMode::SharedReadOnly), HR_OK);
+
+  first.reset();
+  EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), HR_OK);
+}
+
+TEST(SharingRules, ShutdownReleasesExclusiveControl) {
+  VirtualPlatform platform;
+  auto first = open_session(platform, SharingMode::ExclusiveControl);
+  EXPECT_EQ(first->shutdown_if_supported(), HR_OK);
+  EXPECT_EQ(platform.world().session_count(testing::default_group_id(), SharingMode::ExclusiveControl), 0);
+  EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), HR_OK);
+  EXPECT_THROW(first->frame_sources(), PlatformError);
+}
+
+TEST(SharingRules, SharedSessionReadsButCannotChangeAnything) {
+  VirtualPlatform platform;
+  auto shared = open_session(platform, SharingMode::SharedReadOnly);
+  auto source = shared->frame_sources().at(kInfrared);
+
+  EXPECT_EQ(source->supported_formats().size(), 5u);
+  try {
+    source->set_format(source->supported_formats().at(1));
+    ADD_FAILURE() << "set_format succeeded in shared mode";
+  } catch (const PlatformError& e) {
+    EXPECT_EQ(e.code(), HR_ACCESSDENIED);
+  }
+  auto exposure = source->controller()->exposure_control();
+  ASSERT_NE(exposure, nullptr);
+  EXPECT_EQ(exposure->value(), 10000);
+  EXPECT_THROW(exposure->set_value(20000), PlatformError);
+
+  std::vector<std::uint8_t> id = le::ks_property(ids::kExtendedCameraControl, ids::kExtendedFaceAuthMode, ids::kPropSet);
+  std::vector<std::uint8_t> value(40, 0);
+  value[16] = 0x2;
+  EXPECT_EQ(source->controller()->set_property_by_extended_id(id, value), platform::SetPropertyStatus::NotInControl);
+  EXPECT_TRUE(platform.world().copy_records().applied_controls.empty());
+}
+
+TEST(SharingRules, ExclusiveSessionChangesWhatSharedSessionsSee) {
+  VirtualPlatform platform;
+  auto shared = open_session(platform, SharingMode::SharedReadOnly);
+  auto exclusive = open_session(platform, SharingMode::ExclusiveControl);
+  auto target = exclusive->frame_sources().at(kInfrared)->supported_formats().at(2);  // L8 640x480 @60
+  exclusive->frame_sources().at(kInfrared)->set_format(target);
+  exclusive->frame_sources().at(kInfrared)->controller()->exposure_control()->set_value(20000);
+
+  auto seen = shared->frame_sources().at(kInfrared);
+  EXPECT_EQ(seen->current_format()->frame_rate_numerator(), 60u);
+  EXPECT_EQ(seen->controller()->exposure_control()->value(), 20000);
+  auto records = platform.world().copy_records();
+  ASSERT_EQ(records.format_changes.size(), 1u);
+  EXPECT_EQ(records.format_changes[0].format.frame_rate_numerator, 60u);
+}
+
+TEST(SharingRules, OthersHearWhenAnExclusiveHolderComesAndGoes) {
+  VirtualPlatform platform;
+  auto shared = open_session(platform, SharingMode::SharedReadOnly);
+  Collected<platform::ExclusiveControlChange> changes;
+  shared->add_exclusive_control_status_changed([&](const auto& change) { changes.add(change); });
+  auto source = shared->frame_sources().at(kInfrared);
+  EXPECT_EQ(source->exclusive_control_status(), ExclusiveControlStatus::ExclusiveControlAvailable);
+
+  auto exclusive = open_session(platform, SharingMode::ExclusiveControl);
+  EXPECT_EQ(source->exclusive_control_status(), ExclusiveControlStatus::SharedReadOnlyAvailable);
+  exclusive.reset();
+
+  auto seen = changes.wait_for(2);
+  ASSERT_EQ(seen.size(), 2u);
+  EXPECT_EQ(seen[0].status, ExclusiveControlStatus::SharedReadOnlyAvailable);
+  EXPECT_EQ(seen[1].status, ExclusiveControlStatus::ExclusiveControlAvailable);
+  EXPECT_EQ(seen[0].device_id, testing::default_group_id());
+  EXPECT_EQ(source->exclusive_control_status(), ExclusiveControlStatus::ExclusiveControlAvailable);
+}
+
+TEST(SharingRules, StatusOverrideReportsARawValue) {
+  VirtualPlatform platform;
+  platform.world().edit_group(testing::default_group_id(),
+                              [](GroupSpec& g) { g.sources[kInfrared].exclusive_status_override = 2; });
+  auto shared = open_session(platform, SharingMode::SharedReadOnly);
+  EXPECT_EQ(static_cast<int>(shared->frame_sources().at(kInfrared)->exclusive_control_status()), 2);
+}
+
+TEST(SharingRules, FailedIsRaisedOnTheChosenSessionsWithTheChosenCode) {
+  VirtualPlatform platform;
+  auto session = open_session(platform, SharingMode::ExclusiveControl);
+  Collected<platform::CaptureFailure> failures;
+  session->add_failed([&](const auto& failure) { failures.add(failure); });
+
+  platform.world().raise_failed(hr(0xC00D3EA3), L"preempted", std::nullopt);
+  auto seen = failures.wait_for(1);
+  ASSERT_EQ(seen.size(), 1u);
+  EXPECT_EQ(seen[0].code, hr(0xC00D3EA3));
+  EXPECT_EQ(seen[0].message, L"preempted");
+
+  platform.world().raise_failed(HR_FAIL, L"elsewhere", std::wstring(L"no such group"));
+  platform.world().raise_failed(HR_FAIL, L"here", testing::default_group_id());
+  seen = failures.wait_for(2);
+  ASSERT_EQ(seen.size(), 2u);
+  EXPECT_EQ(seen[1].message, L"here");
+}
+
+TEST(SharingRules, InitializeFaultsAreThrownAndSlowCallsCanBeReleased) {
+  VirtualPlatform platform;
+  platform.world().set_call_fault(PlatformCall::Initialize, {HR_ACCESSDENIED, {}});
+  EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), HR_ACCESSDENIED);
+
+  platform.world().set_call_fault(PlatformCall::Initialize, {HR_OK, std::chrono::hours(1)});
+  std::thread releaser([&] {
+    if (platform.world().wait_for_slow_call(std::chrono::seconds(5))) platform.world().release_slow_calls();
+  });
+  EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), HR_OK);
+  releaser.join();
+}
+
+}  // namespace
+}  // namespace vexcap::virtual_camera
