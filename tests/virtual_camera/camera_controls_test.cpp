@@ -36,7 +36,7 @@ struct Controls {
   std::shared_ptr<platform::SourceController> controller;
 };
 
-TEST(ExtendedProperties, FaceAuthAnswersHeaderAndValue) {
+TEST(VirtualExtendedProperties, FaceAuthAnswersHeaderAndValue) {
   Controls c;
   auto result = c.controller->get_property_by_extended_id(face_auth_id(1), 40);
   ASSERT_EQ(result.status, GetPropertyStatus::Success);
@@ -49,7 +49,7 @@ TEST(ExtendedProperties, FaceAuthAnswersHeaderAndValue) {
   EXPECT_EQ(le::u64(&b[24]), 0x7u);    // Capability
 }
 
-TEST(ExtendedProperties, FaceAuthSetTakesOneSupportedFlag) {
+TEST(VirtualExtendedProperties, FaceAuthSetTakesOneSupportedFlag) {
   Scenario scenario = default_scenario();
   scenario.groups[0].sources[kInfrared].face_auth->capability = 0x1 | 0x4;
   Controls c(scenario);
@@ -74,7 +74,7 @@ TEST(ExtendedProperties, FaceAuthSetTakesOneSupportedFlag) {
   EXPECT_EQ(requests[3].status, static_cast<int>(SetPropertyStatus::Success));
 }
 
-TEST(ExtendedProperties, LlcEchoesTheRequestHeaderAndKeepsTheValue) {
+TEST(VirtualExtendedProperties, LlcEchoesTheRequestHeaderAndKeepsTheValue) {
   Controls c(default_scenario(), kColor);
   auto id = llc_buffer(1);
   auto read = c.controller->get_property_by_extended_id(id, 40);
@@ -91,7 +91,7 @@ TEST(ExtendedProperties, LlcEchoesTheRequestHeaderAndKeepsTheValue) {
   EXPECT_EQ(le::u32(&b[24]), 1u);
 }
 
-TEST(ExtendedProperties, AnswersCanBeMadeWrongOnDemand) {
+TEST(VirtualExtendedProperties, AnswersCanBeMadeWrongOnDemand) {
   Scenario scenario = default_scenario();
   auto& source = scenario.groups[0].sources[kInfrared];
   source.face_auth->behaviour.answer_length = 36;
@@ -114,7 +114,7 @@ TEST(ExtendedProperties, AnswersCanBeMadeWrongOnDemand) {
             GetPropertyStatus::MaxPropertyValueSizeTooSmall);
 }
 
-TEST(ExtendedProperties, AbsentPropertiesAreNotSupported) {
+TEST(VirtualExtendedProperties, AbsentPropertiesAreNotSupported) {
   Controls c(default_scenario(), kColor);  // the colour source has no face-auth control
   EXPECT_EQ(c.controller->get_property_by_extended_id(face_auth_id(1), 40).status, GetPropertyStatus::NotSupported);
   EXPECT_EQ(c.controller->set_property_by_extended_id(face_auth_id(2), std::vector<std::uint8_t>(40)),
@@ -122,7 +122,7 @@ TEST(ExtendedProperties, AbsentPropertiesAreNotSupported) {
   EXPECT_EQ(c.controller->get_property_by_extended_id({1, 2, 3}, 40).status, GetPropertyStatus::NotSupported);
 }
 
-TEST(TypedControls, AbsentControlsAreNull) {
+TEST(VirtualTypedControls, AbsentControlsAreNull) {
   Controls c;  // infrared: exposure and torch, no ISO, no infrared torch
   EXPECT_NE(c.controller->exposure_control(), nullptr);
   EXPECT_NE(c.controller->torch_control(), nullptr);
@@ -130,7 +130,7 @@ TEST(TypedControls, AbsentControlsAreNull) {
   EXPECT_EQ(c.controller->infrared_torch_control(), nullptr);
 }
 
-TEST(TypedControls, ExposureKeepsItsRangeAndRecordsWhatWasApplied) {
+TEST(VirtualTypedControls, ExposureKeepsItsRangeAndRecordsWhatWasApplied) {
   Controls c;
   auto exposure = c.controller->exposure_control();
   EXPECT_THROW(exposure->set_value(exposure->max() + 1), PlatformError);
@@ -145,7 +145,7 @@ TEST(TypedControls, ExposureKeepsItsRangeAndRecordsWhatWasApplied) {
   EXPECT_EQ(applied[1].kind, ControlKind::ExposureAuto);
 }
 
-TEST(TypedControls, UnsupportedControlsRefuseToBeSet) {
+TEST(VirtualTypedControls, UnsupportedControlsRefuseToBeSet) {
   Scenario scenario = default_scenario();
   scenario.groups[0].sources[kInfrared].torch->supported = false;
   scenario.groups[0].sources[kInfrared].infrared_torch = InfraredTorchSpec{};
@@ -158,7 +158,7 @@ TEST(TypedControls, UnsupportedControlsRefuseToBeSet) {
   EXPECT_TRUE(c.platform.world().copy_records().applied_controls.empty());
 }
 
-TEST(TypedControls, InfraredTorchModesAndPowerRange) {
+TEST(VirtualTypedControls, InfraredTorchModesAndPowerRange) {
   Scenario scenario = default_scenario();
   scenario.groups[0].sources[kInfrared].infrared_torch = InfraredTorchSpec{};
   Controls c(scenario);
@@ -171,7 +171,7 @@ TEST(TypedControls, InfraredTorchModesAndPowerRange) {
   EXPECT_EQ(torch->power(), 100);
 }
 
-TEST(TypedControls, TorchPowerNeedsPowerSupport) {
+TEST(VirtualTypedControls, TorchPowerNeedsPowerSupport) {
   Scenario scenario = default_scenario();
   scenario.groups[0].sources[kInfrared].torch->power_supported = false;
   Controls c(scenario);
@@ -181,7 +181,7 @@ TEST(TypedControls, TorchPowerNeedsPowerSupport) {
   EXPECT_TRUE(torch->enabled());
 }
 
-TEST(TypedControls, IsoSpeedRangeOnTheColourSource) {
+TEST(VirtualTypedControls, IsoSpeedRangeOnTheColourSource) {
   Controls c(default_scenario(), kColor);
   auto iso = c.controller->iso_speed_control();
   ASSERT_NE(iso, nullptr);
@@ -190,7 +190,7 @@ TEST(TypedControls, IsoSpeedRangeOnTheColourSource) {
   EXPECT_EQ(iso->value(), 800u);
 }
 
-TEST(TypedControls, ASlowOrFailingSetIsChosenPerCall) {
+TEST(VirtualTypedControls, ASlowOrFailingSetIsChosenPerCall) {
   Controls c;
   c.platform.world().set_call_fault(PlatformCall::SetControl, {HR_FAIL, {}});
   try {

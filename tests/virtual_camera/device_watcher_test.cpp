@@ -39,7 +39,7 @@ GroupSpec software_group() {
   return group;
 }
 
-TEST(DeviceWatcher, ReportsPresentDevicesThenChangesInOrder) {
+TEST(VirtualDeviceWatcher, ReportsPresentDevicesThenChangesInOrder) {
   Watching w;
   w.watcher->start();
   const std::wstring usb = testing::default_group_id();
@@ -58,7 +58,7 @@ TEST(DeviceWatcher, ReportsPresentDevicesThenChangesInOrder) {
   EXPECT_TRUE(seen[0].thread != std::this_thread::get_id());
 }
 
-TEST(DeviceWatcher, DisabledDevicesArriveMarkedDisabledAndAreNotEnumerated) {
+TEST(VirtualDeviceWatcher, DisabledDevicesArriveMarkedDisabledAndAreNotEnumerated) {
   Watching w;
   GroupSpec disabled = software_group();
   disabled.enabled = false;
@@ -70,7 +70,7 @@ TEST(DeviceWatcher, DisabledDevicesArriveMarkedDisabledAndAreNotEnumerated) {
   EXPECT_EQ(w.platform.find_all_source_groups().size(), 1u);
 }
 
-TEST(DeviceWatcher, StoppedWatcherHearsNothingAndCannotStartTwice) {
+TEST(VirtualDeviceWatcher, StoppedWatcherHearsNothingAndCannotStartTwice) {
   Watching w;
   w.watcher->start();
   EXPECT_THROW(w.watcher->start(), platform::PlatformError);
@@ -80,7 +80,7 @@ TEST(DeviceWatcher, StoppedWatcherHearsNothingAndCannotStartTwice) {
   EXPECT_EQ(w.events.wait_for(2, std::chrono::milliseconds(50)).size(), 1u);
 }
 
-TEST(DeviceWatcher, SessionsOnARemovedDeviceFail) {
+TEST(VirtualDeviceWatcher, SessionsOnARemovedDeviceFail) {
   VirtualPlatform platform;
   auto capture = testing::open_session(platform, platform::SharingMode::SharedReadOnly);
   Collected<platform::CaptureFailure> failures;

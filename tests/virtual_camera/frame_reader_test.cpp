@@ -37,7 +37,7 @@ struct Stream {
   std::shared_ptr<FrameReader> reader;
 };
 
-TEST(FrameReader, FramesComeAtTheFormatRateWithExactTimes) {
+TEST(VirtualFrameReader, FramesComeAtTheFormatRateWithExactTimes) {
   Stream s(testing::manual_default(), kInfrared);
   std::vector<std::int64_t> times;  // handlers run on the reader's thread, advance waits for them
   s.reader->add_frame_arrived([&](FrameReader& sender) {
@@ -56,7 +56,7 @@ TEST(FrameReader, FramesComeAtTheFormatRateWithExactTimes) {
     EXPECT_EQ(times[k], start + std::int64_t((k + 1) * kSecond / 30)) << "frame " << k;
 }
 
-TEST(FrameReader, ANewFormatChangesTheRateFromTheNextFrame) {
+TEST(VirtualFrameReader, ANewFormatChangesTheRateFromTheNextFrame) {
   Stream s(testing::manual_default(), kInfrared);
   std::size_t frames = 0;
   s.reader->add_frame_arrived([&](FrameReader&) { return ++frames, HR_OK; });
@@ -71,7 +71,7 @@ TEST(FrameReader, ANewFormatChangesTheRateFromTheNextFrame) {
   EXPECT_EQ(frames, 30u + 1u + 14u);
 }
 
-TEST(FrameReader, OnlyTheNewestFrameWaitsAndIsTakenOnce) {
+TEST(VirtualFrameReader, OnlyTheNewestFrameWaitsAndIsTakenOnce) {
   Stream s(testing::manual_default(), kInfrared);
   s.reader->start();
   EXPECT_EQ(s.reader->try_acquire_latest_frame(), nullptr);
@@ -83,7 +83,7 @@ TEST(FrameReader, OnlyTheNewestFrameWaitsAndIsTakenOnce) {
   EXPECT_EQ(s.reader->try_acquire_latest_frame(), nullptr);
 }
 
-TEST(FrameReader, BufferedModeKeepsFramesInOrder) {
+TEST(VirtualFrameReader, BufferedModeKeepsFramesInOrder) {
   Stream s(testing::manual_default(), kInfrared);
   s.reader->set_acquisition_mode(platform::AcquisitionMode::Buffered);
   s.reader->start();
@@ -96,7 +96,7 @@ TEST(FrameReader, BufferedModeKeepsFramesInOrder) {
   EXPECT_EQ(s.reader->try_acquire_latest_frame(), nullptr);
 }
 
-TEST(FrameReader, AHandlerAnsweringDisconnectedIsDropped) {
+TEST(VirtualFrameReader, AHandlerAnsweringDisconnectedIsDropped) {
   Stream s(testing::manual_default(), kInfrared);
   int dropped_calls = 0, kept_calls = 0;
   s.reader->add_frame_arrived([&](FrameReader&) { return ++dropped_calls, HR_DISCONNECTED; });
@@ -107,7 +107,7 @@ TEST(FrameReader, AHandlerAnsweringDisconnectedIsDropped) {
   EXPECT_EQ(kept_calls, 3);
 }
 
-TEST(FrameReader, StopEndsFramesAndStartResumesThem) {
+TEST(VirtualFrameReader, StopEndsFramesAndStartResumesThem) {
   Stream s(testing::manual_default(), kInfrared);
   int calls = 0;
   s.reader->add_frame_arrived([&](FrameReader&) { return ++calls, HR_OK; });
@@ -123,7 +123,7 @@ TEST(FrameReader, StopEndsFramesAndStartResumesThem) {
   EXPECT_THROW(s.reader->start(), platform::PlatformError);
 }
 
-TEST(FrameReader, StoppedFramesFaultKeepsTheReaderRunningWithoutFrames) {
+TEST(VirtualFrameReader, StoppedFramesFaultKeepsTheReaderRunningWithoutFrames) {
   Stream s(testing::manual_default(), kInfrared);
   int calls = 0;
   s.reader->add_frame_arrived([&](FrameReader&) { return ++calls, HR_OK; });
@@ -136,7 +136,7 @@ TEST(FrameReader, StoppedFramesFaultKeepsTheReaderRunningWithoutFrames) {
   EXPECT_EQ(calls, 3);
 }
 
-TEST(FrameReader, InfraredFramesAlternateIlluminationAndCarryThePattern) {
+TEST(VirtualFrameReader, InfraredFramesAlternateIlluminationAndCarryThePattern) {
   Stream s(testing::manual_default(), kInfrared);
   s.reader->set_acquisition_mode(platform::AcquisitionMode::Buffered);
   s.reader->start();
@@ -156,7 +156,7 @@ TEST(FrameReader, InfraredFramesAlternateIlluminationAndCarryThePattern) {
     for (int x : {0, 3, 639}) EXPECT_EQ(locked->data()[y * 640 + x], luma(x, y, 1)) << x << "," << y;
 }
 
-TEST(FrameReader, MetadataChainStopsAtTheChosenStep) {
+TEST(VirtualFrameReader, MetadataChainStopsAtTheChosenStep) {
   struct Case {
     IlluminationMetadata metadata;
     bool service, sample, capture_metadata, illumination;
@@ -178,7 +178,7 @@ TEST(FrameReader, MetadataChainStopsAtTheChosenStep) {
   }
 }
 
-TEST(FrameReader, PaddedNv12FramesDescribeTheirPlanes) {
+TEST(VirtualFrameReader, PaddedNv12FramesDescribeTheirPlanes) {
   Scenario scenario = testing::manual_default();
   scenario.groups[0].sources[kColor].stride_padding = 64;
   Stream s(scenario, kColor);
@@ -197,7 +197,7 @@ TEST(FrameReader, PaddedNv12FramesDescribeTheirPlanes) {
   EXPECT_EQ(d[704 * 480 + 2 * 704 + 7], 192 + 3 + 4);
 }
 
-TEST(FrameReader, Rgb24FramesAreBufferOnly) {
+TEST(VirtualFrameReader, Rgb24FramesAreBufferOnly) {
   Scenario scenario = testing::manual_default();
   scenario.groups[0].sources[kColor].current_format = 6;  // RGB24 640x480
   Stream s(scenario, kColor);
@@ -220,7 +220,7 @@ TEST(FrameReader, Rgb24FramesAreBufferOnly) {
   EXPECT_EQ((std::vector<int>{q[0], q[1], q[2], q[3]}), (std::vector<int>{9 + 7 + 3, 7 + 2, 9 + 1, 255}));
 }
 
-TEST(FrameReader, Nv12ReaderConvertsYuy2Frames) {
+TEST(VirtualFrameReader, Nv12ReaderConvertsYuy2Frames) {
   Scenario scenario = testing::manual_default();
   scenario.groups[0].sources[kColor].current_format = 3;  // YUY2 640x480
   Stream s(scenario, kColor, SharingMode::ExclusiveControl, L"NV12");
@@ -238,7 +238,7 @@ TEST(FrameReader, Nv12ReaderConvertsYuy2Frames) {
   EXPECT_EQ(d[640 * 480 + j * 640 + 2 * i + 1], 192 + i + 4 * j + 1);
 }
 
-TEST(FrameReader, UnsupportedFramesHaveNoBitmapAnywhere) {
+TEST(VirtualFrameReader, UnsupportedFramesHaveNoBitmapAnywhere) {
   Stream s(testing::manual_default(), kColor);
   s.platform.world().set_unsupported_frames(true);
   s.reader->start();
@@ -250,7 +250,7 @@ TEST(FrameReader, UnsupportedFramesHaveNoBitmapAnywhere) {
   EXPECT_EQ(frame->format()->subtype(), L"MJPG");
 }
 
-TEST(FrameReader, RemovedDeviceEndsFramesAndRefusesStart) {
+TEST(VirtualFrameReader, RemovedDeviceEndsFramesAndRefusesStart) {
   Stream s(testing::manual_default(), kInfrared);
   int calls = 0;
   s.reader->add_frame_arrived([&](FrameReader&) { return ++calls, HR_OK; });
@@ -262,7 +262,7 @@ TEST(FrameReader, RemovedDeviceEndsFramesAndRefusesStart) {
   EXPECT_EQ(s.reader->start(), platform::ReaderStartStatus::DeviceNotAvailable);
 }
 
-TEST(FrameReader, RealClockDeliversFramesOnTheReaderThread) {
+TEST(VirtualFrameReader, RealClockDeliversFramesOnTheReaderThread) {
   Scenario scenario = default_scenario();
   scenario.groups[0].sources[kInfrared].current_format = 4;  // 320x240 @60
   Stream s(scenario, kInfrared);
@@ -275,7 +275,7 @@ TEST(FrameReader, RealClockDeliversFramesOnTheReaderThread) {
   EXPECT_TRUE(seen[0] != std::this_thread::get_id());
 }
 
-TEST(FrameReader, AReaderStoppedAndReleasedFromItsOwnHandlerEndsCleanly) {
+TEST(VirtualFrameReader, AReaderStoppedAndReleasedFromItsOwnHandlerEndsCleanly) {
   Stream s(testing::manual_default(), kInfrared);
   int calls = 0;
   s.reader->add_frame_arrived([&](FrameReader& sender) {

@@ -60,7 +60,7 @@ struct Device {
   std::shared_ptr<platform::KsControl> control;
 };
 
-TEST(KernelStreaming, EnumerationFollowsTheCategory) {
+TEST(VirtualKernelStreaming, EnumerationFollowsTheCategory) {
   Device ir(default_scenario(), ids::kCategorySensorCamera);
   Device color(default_scenario(), ids::kCategoryVideoCamera);
   EXPECT_NE(ir.link.find(L"MI_02"), std::wstring::npos);
@@ -73,7 +73,7 @@ TEST(KernelStreaming, EnumerationFollowsTheCategory) {
   EXPECT_EQ(none.source, nullptr);
 }
 
-TEST(KernelStreaming, UnknownSymbolicLinkOpensNothing) {
+TEST(VirtualKernelStreaming, UnknownSymbolicLinkOpensNothing) {
   VirtualPlatform platform;
   std::shared_ptr<platform::Attributes> selection;
   platform.create_attributes(2, selection);
@@ -84,7 +84,7 @@ TEST(KernelStreaming, UnknownSymbolicLinkOpensNothing) {
   EXPECT_EQ(source, nullptr);
 }
 
-TEST(KernelStreaming, TopologyListsTheDefaultNodes) {
+TEST(VirtualKernelStreaming, TopologyListsTheDefaultNodes) {
   Device d;
   std::shared_ptr<platform::KsTopology> topology;
   ASSERT_EQ(d.source->query_topology(topology), HR_OK);
@@ -99,7 +99,7 @@ TEST(KernelStreaming, TopologyListsTheDefaultNodes) {
   EXPECT_TRUE(failed(topology->node_type(4, &type)));
 }
 
-TEST(KernelStreaming, UnitInfoOnlyOnTheUnitsOwnNode) {
+TEST(VirtualKernelStreaming, UnitInfoOnlyOnTheUnitsOwnNode) {
   Device d;
   std::vector<std::uint8_t> data(512, 0);
   std::uint32_t returned = 0;
@@ -112,7 +112,7 @@ TEST(KernelStreaming, UnitInfoOnlyOnTheUnitsOwnNode) {
   EXPECT_EQ(std::vector<std::uint8_t>(data.begin() + 4, data.begin() + 12), signature);
 }
 
-TEST(KernelStreaming, DescriptorsCarryTheSignatureWhereTheScenarioPutsIt) {
+TEST(VirtualKernelStreaming, DescriptorsCarryTheSignatureWhereTheScenarioPutsIt) {
   auto with = unit_descriptor(ids::kUnit2, 11, 30);
   EXPECT_EQ(with.size(), 30u);
   std::vector<std::uint8_t> signature = {0x82, 0x06, 0x61, 0x63, 0x70, 0x50, 0xAB, 0x49};
@@ -121,7 +121,7 @@ TEST(KernelStreaming, DescriptorsCarryTheSignatureWhereTheScenarioPutsIt) {
   EXPECT_EQ(std::search(without.begin(), without.end(), signature.begin(), signature.end()), without.end());
 }
 
-TEST(KernelStreaming, LedPowerWriteIsReadBack) {
+TEST(VirtualKernelStreaming, LedPowerWriteIsReadBack) {
   Device d;
   std::vector<std::uint8_t> write = {2, 77};
   std::uint32_t returned = 99;
@@ -136,7 +136,7 @@ TEST(KernelStreaming, LedPowerWriteIsReadBack) {
   EXPECT_EQ(state->ks.led_power, 77);
 }
 
-TEST(KernelStreaming, RgbStatusAndControl18) {
+TEST(VirtualKernelStreaming, RgbStatusAndControl18) {
   Device d;
   d.platform.world().edit_group(testing::default_group_id(), [](GroupSpec& g) { g.ks.rgb_status = 5; });
   std::vector<std::uint8_t> data(512, 0);
@@ -150,7 +150,7 @@ TEST(KernelStreaming, RgbStatusAndControl18) {
   EXPECT_EQ(d.send(ksp_node(ids::kUnit1, 20, kGetTopology, 3), data, &returned), HR_NOT_FOUND);
 }
 
-TEST(KernelStreaming, UnitTwoAnswersItsRgbStatusButNotTheLed) {
+TEST(VirtualKernelStreaming, UnitTwoAnswersItsRgbStatusButNotTheLed) {
   Scenario scenario = default_scenario();
   scenario.groups[0].ks.nodes = {{ids::kNodeDevSpecific, ids::kUnit2, unit_descriptor(ids::kUnit2, 5)},
                                  {ids::kNodeVideoProcessing, std::nullopt, {}}};
@@ -164,7 +164,7 @@ TEST(KernelStreaming, UnitTwoAnswersItsRgbStatusButNotTheLed) {
   EXPECT_EQ(d.send(ksp_node(ids::kUnit1, 14, kSetTopology, 0), data, &returned), HR_SET_NOT_FOUND);
 }
 
-TEST(KernelStreaming, GainIsReadAndWrittenAsVideoProcAmpNode) {
+TEST(VirtualKernelStreaming, GainIsReadAndWrittenAsVideoProcAmpNode) {
   Device d;
   std::vector<std::uint8_t> s = ksp_node(ids::kVideoProcAmp, 9, kGetTopology, 1, 48);
   std::uint32_t returned = 0;
@@ -186,7 +186,7 @@ TEST(KernelStreaming, GainIsReadAndWrittenAsVideoProcAmpNode) {
   EXPECT_TRUE(failed(d.control->property(s.data(), 48, s.data(), 48, &returned)));
 }
 
-TEST(KernelStreaming, VideoControlModeNeedsNoNode) {
+TEST(VirtualKernelStreaming, VideoControlModeNeedsNoNode) {
   Scenario scenario = default_scenario();
   scenario.groups[0].ks.video_control_mode = 7;
   Device d(scenario);
@@ -197,7 +197,7 @@ TEST(KernelStreaming, VideoControlModeNeedsNoNode) {
   EXPECT_EQ(le::u32(&s[28]), 7u);
 }
 
-TEST(KernelStreaming, DriverErrorsOnDemandAndEveryRequestIsRecorded) {
+TEST(VirtualKernelStreaming, DriverErrorsOnDemandAndEveryRequestIsRecorded) {
   Scenario scenario = default_scenario();
   scenario.groups[0].ks.faults = {{ids::kUnit1, 15, HR_NOT_FOUND}};
   Device d(scenario);
@@ -219,7 +219,7 @@ TEST(KernelStreaming, DriverErrorsOnDemandAndEveryRequestIsRecorded) {
   EXPECT_EQ(records[0].result, HR_NOT_FOUND);
 }
 
-TEST(KernelStreaming, ShutDownSourceAnswersNoMore) {
+TEST(VirtualKernelStreaming, ShutDownSourceAnswersNoMore) {
   Device d;
   ASSERT_EQ(d.source->shutdown(), HR_OK);
   std::vector<std::uint8_t> data(512, 0);
@@ -228,7 +228,7 @@ TEST(KernelStreaming, ShutDownSourceAnswersNoMore) {
   EXPECT_TRUE(failed(d.source->query_ks_control(again)));
 }
 
-TEST(KernelStreaming, RequestsShorterThanAKsPropertyAreRefused) {
+TEST(VirtualKernelStreaming, RequestsShorterThanAKsPropertyAreRefused) {
   Device d;
   std::vector<std::uint8_t> data(512, 0);
   auto request = ksp_node(ids::kUnit1, 15, kGetTopology, 3);

@@ -12,7 +12,7 @@ namespace {
 
 using platform::PixelFormat;
 
-TEST(PixelConversion, WhiteAndBlackBgraBecomeLimitedRangeNv12) {
+TEST(VirtualPixelConversion, WhiteAndBlackBgraBecomeLimitedRangeNv12) {
   // 2x2 white then 2x2 black, side by side: Y 235 / 16, chroma neutral.
   PixelImage bgra = blank_image(PixelFormat::Bgra8, 4, 2);
   for (int y = 0; y < 2; ++y)
@@ -29,7 +29,7 @@ TEST(PixelConversion, WhiteAndBlackBgraBecomeLimitedRangeNv12) {
   EXPECT_EQ(std::vector<std::uint8_t>(d, d + expected.size()), expected);
 }
 
-TEST(PixelConversion, PatternBgraConvertsByTheDocumentedFormulas) {
+TEST(VirtualPixelConversion, PatternBgraConvertsByTheDocumentedFormulas) {
   VirtualPlatform platform;
   const int n = 5, w = 6, h = 4;
   auto converted = std::make_shared<VirtualBitmap>(pattern_image(PixelFormat::Bgra8, w, h, n))->convert(PixelFormat::Nv12);
@@ -55,7 +55,7 @@ TEST(PixelConversion, PatternBgraConvertsByTheDocumentedFormulas) {
     }
 }
 
-TEST(PixelConversion, UnmodelledConversionsThrowAsThePlatformDoes) {
+TEST(VirtualPixelConversion, UnmodelledConversionsThrowAsThePlatformDoes) {
   VirtualBitmap nv12(pattern_image(PixelFormat::Nv12, 4, 4, 0));
   EXPECT_THROW(nv12.convert(PixelFormat::Bgra8), platform::PlatformError);
   VirtualBitmap gray16(pattern_image(PixelFormat::Gray16, 3, 1, 0));
@@ -63,7 +63,7 @@ TEST(PixelConversion, UnmodelledConversionsThrowAsThePlatformDoes) {
   EXPECT_EQ(std::vector<std::uint8_t>(gray8->data(), gray8->data() + 3), (std::vector<std::uint8_t>{0, 1, 2}));
 }
 
-TEST(PixelConversion, BitmapCopiedFromABufferNeedsEnoughBytes) {
+TEST(VirtualPixelConversion, BitmapCopiedFromABufferNeedsEnoughBytes) {
   VirtualPlatform platform;
   auto buffer = platform.create_buffer(4 * 2 * 3 / 2);
   auto access = buffer->byte_access();

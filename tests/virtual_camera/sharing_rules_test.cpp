@@ -28,7 +28,7 @@ hresult initialize_error(VirtualPlatform& platform, SharingMode mode) {
   return HR_OK;
 }
 
-TEST(SharingRules, SecondExclusiveSessionIsRefusedUntilTheFirstGoes) {
+TEST(VirtualSharingRules, SecondExclusiveSessionIsRefusedUntilTheFirstGoes) {
   VirtualPlatform platform;
   auto first = open_session(platform, SharingMode::ExclusiveControl);
   EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), ids::kHardwareInUse);
@@ -38,7 +38,7 @@ TEST(SharingRules, SecondExclusiveSessionIsRefusedUntilTheFirstGoes) {
   EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), HR_OK);
 }
 
-TEST(SharingRules, ShutdownReleasesExclusiveControl) {
+TEST(VirtualSharingRules, ShutdownReleasesExclusiveControl) {
   VirtualPlatform platform;
   auto first = open_session(platform, SharingMode::ExclusiveControl);
   EXPECT_EQ(first->shutdown_if_supported(), HR_OK);
@@ -47,7 +47,7 @@ TEST(SharingRules, ShutdownReleasesExclusiveControl) {
   EXPECT_THROW(first->frame_sources(), PlatformError);
 }
 
-TEST(SharingRules, SharedSessionReadsButCannotChangeAnything) {
+TEST(VirtualSharingRules, SharedSessionReadsButCannotChangeAnything) {
   VirtualPlatform platform;
   auto shared = open_session(platform, SharingMode::SharedReadOnly);
   auto source = shared->frame_sources().at(kInfrared);
@@ -71,7 +71,7 @@ TEST(SharingRules, SharedSessionReadsButCannotChangeAnything) {
   EXPECT_TRUE(platform.world().copy_records().applied_controls.empty());
 }
 
-TEST(SharingRules, ExclusiveSessionChangesWhatSharedSessionsSee) {
+TEST(VirtualSharingRules, ExclusiveSessionChangesWhatSharedSessionsSee) {
   VirtualPlatform platform;
   auto shared = open_session(platform, SharingMode::SharedReadOnly);
   auto exclusive = open_session(platform, SharingMode::ExclusiveControl);
@@ -87,7 +87,7 @@ TEST(SharingRules, ExclusiveSessionChangesWhatSharedSessionsSee) {
   EXPECT_EQ(records.format_changes[0].format.frame_rate_numerator, 60u);
 }
 
-TEST(SharingRules, OthersHearWhenAnExclusiveHolderComesAndGoes) {
+TEST(VirtualSharingRules, OthersHearWhenAnExclusiveHolderComesAndGoes) {
   VirtualPlatform platform;
   auto shared = open_session(platform, SharingMode::SharedReadOnly);
   Collected<platform::ExclusiveControlChange> changes;
@@ -107,7 +107,7 @@ TEST(SharingRules, OthersHearWhenAnExclusiveHolderComesAndGoes) {
   EXPECT_EQ(source->exclusive_control_status(), ExclusiveControlStatus::ExclusiveControlAvailable);
 }
 
-TEST(SharingRules, StatusOverrideReportsARawValue) {
+TEST(VirtualSharingRules, StatusOverrideReportsARawValue) {
   VirtualPlatform platform;
   platform.world().edit_group(testing::default_group_id(),
                               [](GroupSpec& g) { g.sources[kInfrared].exclusive_status_override = 2; });
@@ -115,7 +115,7 @@ TEST(SharingRules, StatusOverrideReportsARawValue) {
   EXPECT_EQ(static_cast<int>(shared->frame_sources().at(kInfrared)->exclusive_control_status()), 2);
 }
 
-TEST(SharingRules, FailedIsRaisedOnTheChosenSessionsWithTheChosenCode) {
+TEST(VirtualSharingRules, FailedIsRaisedOnTheChosenSessionsWithTheChosenCode) {
   VirtualPlatform platform;
   auto session = open_session(platform, SharingMode::ExclusiveControl);
   Collected<platform::CaptureFailure> failures;
@@ -134,7 +134,7 @@ TEST(SharingRules, FailedIsRaisedOnTheChosenSessionsWithTheChosenCode) {
   EXPECT_EQ(seen[1].message, L"here");
 }
 
-TEST(SharingRules, InitializeFaultsAreThrownAndSlowCallsCanBeReleased) {
+TEST(VirtualSharingRules, InitializeFaultsAreThrownAndSlowCallsCanBeReleased) {
   VirtualPlatform platform;
   platform.world().set_call_fault(PlatformCall::Initialize, {HR_ACCESSDENIED, {}});
   EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), HR_ACCESSDENIED);
