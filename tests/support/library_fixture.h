@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/virtual/virtual_camera.h"
 #include "platform/virtual/virtual_platform.h"
 #include "vexcap/vexcap.h"
 
@@ -11,10 +12,10 @@ namespace vexcap::testing {
 
 class LibraryTest : public ::testing::Test {
  protected:
-  void SetUp() override { runtime().reset(); }
+  void SetUp() override { virtual_camera::reset(); }
   void TearDown() override {
     vexcap_exit();
-    runtime().reset();
+    virtual_camera::reset();
   }
   static virtual_camera::VirtualRuntime& runtime() {
     return virtual_camera::virtual_platform().runtime();

@@ -12,6 +12,11 @@ LogCapture::LogCapture() {
   log::set_output_from_property(0x501);
 }
 
+void LogCapture::resume() {
+  log::client_constructed();
+  log::set_output_from_property(0x501);
+}
+
 LogCapture::~LogCapture() {
   log::client_destroyed();
   log::set_sink_for_testing(nullptr, nullptr);

@@ -15,6 +15,10 @@ class LogCapture {
   LogCapture(const LogCapture&) = delete;
   LogCapture& operator=(const LogCapture&) = delete;
 
+  // Every capture client's construction switches output off (and its destruction silences
+  // the log); a test that creates clients resumes the capture afterwards.
+  void resume();
+
   std::vector<std::string> lines() const;
   bool contains(const std::string& line) const;
   int count(const std::string& line) const;

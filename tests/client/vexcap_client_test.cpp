@@ -1,0 +1,245 @@
+// The capture client on virtual cameras: which source it reads, how it initializes, and its
+// streaming-control answers.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cwctype>
+#include <thread>
+
+#include "client/vexcap_client.h"
+#include "platform/virtual/virtual_camera.h"
+#include "support/log_capture.h"
+
+namespace vexcap::client {
+namespace {
+
+namespace vc = virtual_camera;
+using platform::SourceKind;
+using platform::StreamType;
+
+const std::wstring kUsbGroup = L"\\\\?\\USB#VID_0BAD&PID_F00D&MI_00#1&2&3&0000#{x}\\GLOBAL";
+const std::wstring kPlainGroup = L"\\\\?\\ROOT#CAMERA#0000#{x}\\GLOBAL";
+
+vc::FormatSpec format(const wchar_t* subtype, std::uint32_t width, std::uint32_t height,
+                      std::uint32_t fps) {
+  vc::FormatSpec spec;
+  spec.subtype = subtype;
+  spec.width = width;
+  spec.height = height;
+  spec.frame_rate_numerator = fps;
+  return spec;
+}
+
+vc::SourceSpec source(SourceKind kind, StreamType type, const std::wstring& device_id,
+                      std::vector<vc::FormatSpec> formats) {
+  vc::SourceSpec spec;
+  spec.id = L"Source@" + device_id + std::to_wstring(static_cast<int>(type));
+  spec.kind = kind;
+  spec.stream_type = type;
+  spec.device_information = vc::DeviceInfoSpec{device_id, L"camera", false, true, platform::Pairing{}, {}};
+  spec.formats = std::move(formats);
+  spec.current_format = spec.formats.empty() ? std::nullopt : std::optional<std::size_t>(0);
+  return spec;
+}
+
+vc::Scenario one_group(const std::wstring& id, std::vector<vc::SourceSpec> sources) {
+  vc::GroupSpec group;
+  group.id = id;
+  group.display_name = L"Test Camera";
+  group.sources = std::move(sources);
+  vc::Scenario scenario;
+  scenario.groups.push_back(std::move(group));
+  scenario.clock = vc::ClockMode::Manual;
+  return scenario;
+}
+
+std::wstring default_group_id() { return *vc::default_scenario().groups.at(0).id; }
+
+class CaptureClient : public ::testing::Test {
+ protected:
+  void SetUp() override { vc::reset(); }
+  void TearDown() override { vc::reset(); }
+  // A client whose log lines the test sees.
+  std::shared_ptr<VexCap> create(std::uint32_t stream_mode) {
+    auto client = VexCap::create(stream_mode);
+    log.resume();
+    return client;
+  }
+  testing::LogCapture log;
+};
+
+TEST_F(CaptureClient, UsbCameraIsReadFromItsRecordStream) {
+  const std::vector<vc::FormatSpec> formats = {format(L"NV12", 640, 480, 30)};
+  vc::use_scenario(one_group(kUsbGroup, {source(SourceKind::Color, StreamType::VideoPreview, kUsbGroup, formats),
+                                         source(SourceKind::Color, StreamType::VideoRecord, kUsbGroup, formats)}));
+  auto client = create(1);
+  ASSERT_EQ(client->initialize(kUsbGroup, 0, 0, 0), HR_OK);
+  ASSERT_NE(client->frame_source(), nullptr);
+  EXPECT_EQ(client->frame_source()->info().stream_type, StreamType::VideoRecord);
+  EXPECT_EQ(client->device_id(), kUsbGroup);
+}
+
+TEST_F(CaptureClient, OtherCamerasAreReadFromTheirPreviewStream) {
+  const std::vector<vc::FormatSpec> formats = {format(L"NV12", 640, 480, 30)};
+  vc::use_scenario(one_group(kPlainGroup, {source(SourceKind::Color, StreamType::VideoRecord, kPlainGroup, formats),
+                                           source(SourceKind::Color, StreamType::VideoPreview, kPlainGroup, formats),
+                                           source(SourceKind::Color, StreamType::Photo, kPlainGroup, formats)}));
+  auto client = create(0);
+  ASSERT_EQ(client->initialize(kPlainGroup, 0, 0, 0), HR_OK);
+  EXPECT_EQ(client->frame_source()->info().stream_type, StreamType::VideoPreview);
+  ASSERT_NE(client->second_source(), nullptr);
+  EXPECT_EQ(client->second_source()->info().stream_type, StreamType::Photo);
+}
+
+TEST_F(CaptureClient, GroupsAreMatchedByExactIdAndByTheWantedSourceKind) {
+  vc::use_scenario(vc::default_scenario());
+  std::wstring upper = default_group_id();
+  for (auto& c : upper) c = static_cast<wchar_t>(std::towupper(c));
+  EXPECT_EQ(create(1)->initialize(upper, 1, 0, 0), HR_FAIL);
+  EXPECT_EQ(create(1)->initialize(default_group_id(), 2, 0, 0), HR_FAIL);  // no depth source
+  auto client = create(1);
+  EXPECT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_OK);
+  EXPECT_EQ(client->frame_source()->info().kind, SourceKind::Infrared);
+  EXPECT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_INVALID_STATE);
+}
+
+std::shared_ptr<platform::Frame> next_frame(VexCap& client) {
+  client.frame_reader()->start();
+  vc::advance_time(std::chrono::milliseconds(100));
+  auto frame = client.frame_reader()->try_acquire_latest_frame();
+  client.frame_reader()->stop();
+  return frame;
+}
+
+TEST_F(CaptureClient, Rgb24SourcesGetAReaderWithoutSubtypeOthersAnNv12Reader) {
+  vc::Scenario scenario = vc::default_scenario();
+  scenario.clock = vc::ClockMode::Manual;
+  vc::use_scenario(scenario);
+  auto colour = create(1);
+  ASSERT_EQ(colour->initialize(default_group_id(), 0, 640, 480), HR_OK);
+  EXPECT_TRUE(table_has_subtype(colour->format_table(), L"RGB24"));
+  colour->enable_stream_type(11, 0);  // the RGB24 640x480 format
+  auto frame = next_frame(*colour);
+  ASSERT_NE(frame, nullptr);
+  EXPECT_EQ(frame->software_bitmap(), nullptr);
+  EXPECT_NE(frame->buffer(), nullptr);
+
+  vc::use_scenario(one_group(kUsbGroup, {source(SourceKind::Color, StreamType::VideoRecord, kUsbGroup,
+                                                {format(L"YUY2", 640, 480, 30)})}));
+  auto yuy2 = create(1);
+  ASSERT_EQ(yuy2->initialize(kUsbGroup, 0, 640, 480), HR_OK);
+  frame = next_frame(*yuy2);
+  ASSERT_NE(frame, nullptr);
+  ASSERT_NE(frame->software_bitmap(), nullptr);
+  EXPECT_EQ(frame->software_bitmap()->pixel_format(), platform::PixelFormat::Nv12);
+}
+
+TEST_F(CaptureClient, OnlyTheExclusiveClientWatchesFailuresAndSwitchesLlcOn) {
+  vc::use_scenario(vc::default_scenario());
+  auto shared = create(0);
+  ASSERT_EQ(shared->initialize(default_group_id(), 1, 0, 0), HR_OK);
+  EXPECT_TRUE(vc::records().property_requests.empty());
+  vc::raise_capture_failed(HR_FAIL);
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_FALSE(log.contains("E: Media capture failed. Notifying the main thread..."));
+
+  auto exclusive = create(1);
+  ASSERT_EQ(exclusive->initialize(default_group_id(), 1, 0, 0), HR_OK);
+  const auto requests = vc::records().property_requests;
+  ASSERT_EQ(requests.size(), 3u);  // LLC read for the log, then read and write to switch it on
+  EXPECT_FALSE(requests[0].is_set);
+  EXPECT_TRUE(requests[2].is_set);
+  EXPECT_EQ(requests[2].value.at(24), 1);  // Value: on
+  vc::raise_capture_failed(HR_FAIL);
+  // Raised on the camera's own thread.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  while (!log.contains("E: Media capture failed. Notifying the main thread...") &&
+         std::chrono::steady_clock::now() < deadline)
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  EXPECT_TRUE(log.contains("E: Media capture failed. Notifying the main thread..."));
+}
+
+TEST_F(CaptureClient, UnknownStreamModesAreLoggedAndShareTheCamera) {
+  vc::use_scenario(vc::default_scenario());
+  auto client = create(7);
+  ASSERT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_OK);
+  EXPECT_TRUE(log.contains("E: Unknown vexcap_stream_mode: 7, defaulting to shared"));
+  EXPECT_EQ(vc::session_count(default_group_id(), platform::SharingMode::SharedReadOnly), 1);
+  EXPECT_EQ(vc::session_count(default_group_id(), platform::SharingMode::ExclusiveControl), 0);
+}
+
+TEST_F(CaptureClient, EnableStreamTypeChecksStateRangeFormatsAndTable) {
+  vc::use_scenario(vc::default_scenario());
+  auto idle = create(1);
+  EXPECT_EQ(idle->enable_stream_type(2, 0), HR_INVALID_STATE);
+  EXPECT_TRUE(log.contains("E: enable_stream_type: not valid state"));
+
+  auto infrared = create(1);
+  ASSERT_EQ(infrared->initialize(default_group_id(), 1, 0, 0), HR_OK);
+  EXPECT_EQ(infrared->enable_stream_type(10, 0), HR_INVALIDARG);
+  EXPECT_EQ(infrared->enable_stream_type(-1, 0), HR_INVALIDARG);
+  EXPECT_EQ(infrared->enable_stream_type(8, 0), HR_NOTIMPL);  // 640x480 at 1 fps is not offered
+
+  auto colour = create(0);
+  ASSERT_EQ(colour->initialize(default_group_id(), 0, 0, 0), HR_OK);
+  EXPECT_EQ(colour->enable_stream_type(10, 0), HR_NOTIMPL);  // no range check for colour
+
+  vc::use_scenario(one_group(kUsbGroup, {source(SourceKind::Color, StreamType::VideoRecord, kUsbGroup, {})}));
+  auto empty = create(1);
+  ASSERT_EQ(empty->initialize(kUsbGroup, 0, 0, 0), HR_OK);
+  EXPECT_EQ(empty->enable_stream_type(11, 0), 16);
+}
+
+TEST_F(CaptureClient, EnableStreamTypeFlagZeroOnlySetsTheFormatAndTheMark) {
+  vc::Scenario scenario = vc::default_scenario();
+  scenario.clock = vc::ClockMode::Manual;
+  vc::use_scenario(scenario);
+  auto client = create(1);
+  ASSERT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_OK);
+  vc::clear_records();
+  ASSERT_EQ(client->enable_stream_type(1, 0), HR_OK);  // 320x240 at 60
+  EXPECT_EQ(client->format_set_mark(), 1u);
+  const auto changes = vc::records().format_changes;
+  ASSERT_EQ(changes.size(), 1u);
+  EXPECT_EQ(changes[0].format.width, 320u);
+  EXPECT_EQ(changes[0].format.frame_rate_numerator, 60u);
+  vc::advance_time(std::chrono::milliseconds(100));
+  EXPECT_EQ(client->frame_reader()->try_acquire_latest_frame(), nullptr);  // not started
+}
+
+TEST_F(CaptureClient, EnableStreamTypeFlagOneRunsTheReaderBrieflyAndKeepsTheMark) {
+  vc::use_scenario(vc::default_scenario());
+  auto client = create(1);
+  ASSERT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_OK);
+  ASSERT_EQ(client->enable_stream_type(5, 1), HR_OK);  // 640x480 at 15
+  EXPECT_EQ(client->format_set_mark(), 0u);
+  ASSERT_EQ(vc::records().format_changes.size(), 1u);
+  EXPECT_EQ(vc::records().format_changes[0].format.frame_rate_numerator, 15u);
+  // Stopped again: frames no longer come.
+  client->frame_reader()->try_acquire_latest_frame();
+  std::this_thread::sleep_for(std::chrono::milliseconds(150));
+  EXPECT_EQ(client->frame_reader()->try_acquire_latest_frame(), nullptr);
+}
+
+TEST_F(CaptureClient, StreamingNeedsAnInitializedClient) {
+  vc::use_scenario(vc::default_scenario());
+  auto client = create(0);
+  EXPECT_EQ(client->start_streaming([](vexcap_frame*, void*) { return true; }, nullptr), HR_INVALID_STATE);
+  EXPECT_TRUE(log.contains("E: start_streaming: not valid state"));
+  EXPECT_EQ(client->stop_streaming(), HR_INVALID_STATE);
+  EXPECT_EQ(client->clear(), HR_OK);
+}
+
+TEST_F(CaptureClient, ClearReleasesTheSessionAndAllowsANewInitialize) {
+  vc::use_scenario(vc::default_scenario());
+  auto client = create(1);
+  ASSERT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_OK);
+  ASSERT_EQ(client->start_streaming([](vexcap_frame*, void*) { return true; }, nullptr), HR_OK);
+  EXPECT_EQ(client->clear(), HR_OK);
+  EXPECT_FALSE(client->initialized());
+  EXPECT_EQ(vc::session_count(default_group_id()), 0);
+  EXPECT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_OK);
+}
+
+}  // namespace
+}  // namespace vexcap::client
