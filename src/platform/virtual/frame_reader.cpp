@@ -1,5 +1,6 @@
 #include "platform/virtual/frame_reader.h"
 
+#include <algorithm>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -34,7 +35,8 @@ struct VirtualFrameReader::Core {
   std::shared_ptr<Clock::Pacer> pacer;
   std::thread thread;
 
-  void run(std::shared_ptr<Clock::Pacer> my_pacer, std::int64_t base, std::optional<FormatSpec> paced);
+  void run(std::shared_ptr<Clock::Pacer> my_pacer, std::shared_ptr<Clock> clock, std::int64_t base,
+           std::optional<FormatSpec> paced);
   std::shared_ptr<platform::Frame> produce(std::int64_t due, std::optional<FormatSpec>& format);
   void deliver(std::shared_ptr<platform::Frame> frame);
   void stop_producer(std::unique_lock<std::mutex>& lock);  // leaves the lock unlocked
@@ -51,8 +53,8 @@ std::int64_t offset_of_frame(const FormatSpec& format, std::uint64_t k) {
 
 }  // namespace
 
-void VirtualFrameReader::Core::run(std::shared_ptr<Clock::Pacer> my_pacer, std::int64_t base,
-                                   std::optional<FormatSpec> paced) {
+void VirtualFrameReader::Core::run(std::shared_ptr<Clock::Pacer> my_pacer, std::shared_ptr<Clock> clock,
+                                   std::int64_t base, std::optional<FormatSpec> paced) {
   std::uint64_t k = 1;  // frame k of the current schedule is due k periods after its base
   std::optional<FormatSpec> format;
   for (;;) {
@@ -67,6 +69,13 @@ void VirtualFrameReader::Core::run(std::shared_ptr<Clock::Pacer> my_pacer, std::
       ++k;
     }
     if (frame) deliver(std::move(frame));
+    // In real time a producer that fell a whole period behind skips frames, as a camera drops
+    // them, instead of raising a backlog.
+    if (clock->mode() == ClockMode::Real) {
+      std::int64_t period = std::max<std::int64_t>(offset_of_frame(paced.value_or(FormatSpec{}), 1), 1);
+      std::int64_t late = clock->now() - (base + offset_of_frame(paced.value_or(FormatSpec{}), k));
+      if (late > period) k += std::uint64_t(late / period);
+    }
   }
 }
 
@@ -190,8 +199,8 @@ platform::ReaderStartStatus VirtualFrameReader::start() {
   // The schedule starts now, before the thread runs, so a test advancing the clock right after
   // start() finds the first frame due.
   core_->pacer = std::make_shared<Clock::Pacer>(clock);
-  core_->thread = std::thread([core = core_, pacer = core_->pacer, base = clock->now(), format] {
-    core->run(pacer, base, format);
+  core_->thread = std::thread([core = core_, pacer = core_->pacer, clock, base = clock->now(), format] {
+    core->run(pacer, clock, base, format);
   });
   return ReaderStartStatus::Success;
 }
