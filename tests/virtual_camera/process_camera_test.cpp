@@ -38,6 +38,23 @@ TEST_F(ProcessCamera, LiveEditsAreSeenByOpenSessions) {
   EXPECT_EQ(session_count(id, platform::SharingMode::ExclusiveControl), 1);
 }
 
+TEST_F(ProcessCamera, EnumerationKeepsScenarioOrderWithNullEntriesAndMissingParts) {
+  Scenario scenario = default_scenario();
+  GroupSpec odd;
+  odd.null_in_enumeration = true;
+  GroupSpec bare;
+  bare.source_infos_missing = true;
+  scenario.groups = {odd, scenario.groups[0], bare};
+  use_scenario(scenario);
+  auto groups = platform::current().find_all_source_groups();
+  ASSERT_EQ(groups.size(), 3u);
+  EXPECT_EQ(groups[0], nullptr);
+  EXPECT_EQ(groups[1]->id(), testing::default_group_id());
+  EXPECT_EQ(groups[1]->source_infos()->size(), 2u);
+  EXPECT_FALSE(groups[2]->id().has_value());
+  EXPECT_FALSE(groups[2]->source_infos().has_value());
+}
+
 TEST_F(ProcessCamera, ResetRestoresDefaultsFaultsAndRuntime) {
   runtime().set_mf_startup_result(HR_FAIL);
   set_call_fault(PlatformCall::FindAllSourceGroups, {HR_FAIL, {}});

@@ -236,9 +236,4 @@ std::shared_ptr<platform::Frame> VirtualFrameReader::try_acquire_latest_frame() 
   return frame;
 }
 
-std::uint64_t VirtualFrameReader::frames_produced() const {
-  std::lock_guard lock(core_->mutex);
-  return core_->produced;
-}
-
 }  // namespace vexcap::virtual_camera

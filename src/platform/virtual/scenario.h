@@ -170,6 +170,7 @@ struct GroupSpec {
   std::optional<std::wstring> id;  // "\\?\USB#...", "\\?\SWD#..." or neither
   std::optional<std::wstring> display_name;
   bool enabled = true;
+  bool null_in_enumeration = false;  // FindAllAsync hands out a null entry in its place
   bool source_infos_missing = false;
   std::vector<SourceSpec> sources;
   KsDeviceSpec ks;
