@@ -30,19 +30,19 @@ TEST_F(ProcessCamera, CurrentPlatformIsTheChosenScenario) {
 TEST_F(ProcessCamera, LiveEditsAreSeenByOpenSessions) {
   auto capture = testing::open_session(virtual_platform(), platform::SharingMode::ExclusiveControl);
   const std::wstring id = testing::default_group_id();
-  ASSERT_TRUE(edit_source(id, 0, [](SourceSpec& s) { s.exposure->value = 4242; }));
+  ASSERT_TRUE(edit_source(id, 0, [](SourceModel& s) { s.exposure->value = 4242; }));
   EXPECT_EQ(capture->frame_sources().at(0)->controller()->exposure_control()->value(), 4242);
-  EXPECT_FALSE(edit_source(id, 9, [](SourceSpec&) {}));
-  ASSERT_TRUE(edit_ks(id, [](KsDeviceSpec& ks) { ks.rgb_status = 3; }));
+  EXPECT_FALSE(edit_source(id, 9, [](SourceModel&) {}));
+  ASSERT_TRUE(edit_ks(id, [](KsDeviceModel& ks) { ks.rgb_status = 3; }));
   EXPECT_EQ(group_state(id)->ks.rgb_status, 3);
   EXPECT_EQ(session_count(id, platform::SharingMode::ExclusiveControl), 1);
 }
 
 TEST_F(ProcessCamera, EnumerationKeepsScenarioOrderWithNullEntriesAndMissingParts) {
   Scenario scenario = default_scenario();
-  GroupSpec odd;
+  GroupModel odd;
   odd.null_in_enumeration = true;
-  GroupSpec bare;
+  GroupModel bare;
   bare.source_infos_missing = true;
   scenario.groups = {odd, scenario.groups[0], bare};
   use_scenario(scenario);
