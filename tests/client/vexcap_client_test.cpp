@@ -20,9 +20,9 @@ using platform::StreamType;
 const std::wstring kUsbGroup = L"\\\\?\\USB#VID_0BAD&PID_F00D&MI_00#1&2&3&0000#{x}\\GLOBAL";
 const std::wstring kPlainGroup = L"\\\\?\\ROOT#CAMERA#0000#{x}\\GLOBAL";
 
-vc::FormatSpec format(const wchar_t* subtype, std::uint32_t width, std::uint32_t height,
+vc::FormatModel format(const wchar_t* subtype, std::uint32_t width, std::uint32_t height,
                       std::uint32_t fps) {
-  vc::FormatSpec spec;
+  vc::FormatModel spec;
   spec.subtype = subtype;
   spec.width = width;
   spec.height = height;
@@ -30,20 +30,20 @@ vc::FormatSpec format(const wchar_t* subtype, std::uint32_t width, std::uint32_t
   return spec;
 }
 
-vc::SourceSpec source(SourceKind kind, StreamType type, const std::wstring& device_id,
-                      std::vector<vc::FormatSpec> formats) {
-  vc::SourceSpec spec;
+vc::SourceModel source(SourceKind kind, StreamType type, const std::wstring& device_id,
+                      std::vector<vc::FormatModel> formats) {
+  vc::SourceModel spec;
   spec.id = L"Source@" + device_id + std::to_wstring(static_cast<int>(type));
   spec.kind = kind;
   spec.stream_type = type;
-  spec.device_information = vc::DeviceInfoSpec{device_id, L"camera", false, true, platform::Pairing{}, {}};
+  spec.device_information = vc::DeviceInfoModel{device_id, L"camera", false, true, platform::Pairing{}, {}};
   spec.formats = std::move(formats);
   spec.current_format = spec.formats.empty() ? std::nullopt : std::optional<std::size_t>(0);
   return spec;
 }
 
-vc::Scenario one_group(const std::wstring& id, std::vector<vc::SourceSpec> sources) {
-  vc::GroupSpec group;
+vc::Scenario one_group(const std::wstring& id, std::vector<vc::SourceModel> sources) {
+  vc::GroupModel group;
   group.id = id;
   group.display_name = L"Test Camera";
   group.sources = std::move(sources);
@@ -69,7 +69,7 @@ class CaptureClient : public ::testing::Test {
 };
 
 TEST_F(CaptureClient, UsbCameraIsReadFromItsRecordStream) {
-  const std::vector<vc::FormatSpec> formats = {format(L"NV12", 640, 480, 30)};
+  const std::vector<vc::FormatModel> formats = {format(L"NV12", 640, 480, 30)};
   vc::use_scenario(one_group(kUsbGroup, {source(SourceKind::Color, StreamType::VideoPreview, kUsbGroup, formats),
                                          source(SourceKind::Color, StreamType::VideoRecord, kUsbGroup, formats)}));
   auto client = create(1);
@@ -80,7 +80,7 @@ TEST_F(CaptureClient, UsbCameraIsReadFromItsRecordStream) {
 }
 
 TEST_F(CaptureClient, OtherCamerasAreReadFromTheirPreviewStream) {
-  const std::vector<vc::FormatSpec> formats = {format(L"NV12", 640, 480, 30)};
+  const std::vector<vc::FormatModel> formats = {format(L"NV12", 640, 480, 30)};
   vc::use_scenario(one_group(kPlainGroup, {source(SourceKind::Color, StreamType::VideoRecord, kPlainGroup, formats),
                                            source(SourceKind::Color, StreamType::VideoPreview, kPlainGroup, formats),
                                            source(SourceKind::Color, StreamType::Photo, kPlainGroup, formats)}));

@@ -104,7 +104,7 @@ TEST(VirtualExtendedProperties, AnswersCanBeMadeWrongOnDemand) {
   EXPECT_EQ(c.controller->get_property_by_extended_id(llc_buffer(1), 40).status, GetPropertyStatus::DeviceNotAvailable);
   EXPECT_EQ(c.controller->set_property_by_extended_id(llc_buffer(2), llc_buffer(2)), SetPropertyStatus::UnknownFailure);
 
-  c.platform.world().edit_group(testing::default_group_id(), [](GroupSpec& g) {
+  c.platform.world().edit_group(testing::default_group_id(), [](GroupModel& g) {
     g.sources[kInfrared].face_auth->behaviour = PropertyBehaviour{};
     g.sources[kInfrared].face_auth->behaviour.answer_not_bytes = true;
   });
@@ -148,7 +148,7 @@ TEST(VirtualTypedControls, ExposureKeepsItsRangeAndRecordsWhatWasApplied) {
 TEST(VirtualTypedControls, UnsupportedControlsRefuseToBeSet) {
   Scenario scenario = default_scenario();
   scenario.groups[0].sources[kInfrared].torch->supported = false;
-  scenario.groups[0].sources[kInfrared].infrared_torch = InfraredTorchSpec{};
+  scenario.groups[0].sources[kInfrared].infrared_torch = InfraredTorchModel{};
   scenario.groups[0].sources[kInfrared].infrared_torch->supported = false;
   Controls c(scenario);
   auto torch = c.controller->torch_control();
@@ -160,7 +160,7 @@ TEST(VirtualTypedControls, UnsupportedControlsRefuseToBeSet) {
 
 TEST(VirtualTypedControls, InfraredTorchModesAndPowerRange) {
   Scenario scenario = default_scenario();
-  scenario.groups[0].sources[kInfrared].infrared_torch = InfraredTorchSpec{};
+  scenario.groups[0].sources[kInfrared].infrared_torch = InfraredTorchModel{};
   Controls c(scenario);
   auto torch = c.controller->infrared_torch_control();
   EXPECT_THROW(torch->set_current_mode(InfraredTorchMode::AlternatingFrameIllumination), PlatformError);

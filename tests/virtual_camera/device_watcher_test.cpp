@@ -32,8 +32,8 @@ struct Watching {
   std::unique_ptr<platform::DeviceWatcher> watcher;
 };
 
-GroupSpec software_group() {
-  GroupSpec group = default_scenario().groups[0];
+GroupModel software_group() {
+  GroupModel group = default_scenario().groups[0];
   group.id = L"\\\\?\\SWD#VIRTUAL#{e5323777-f976-4f5b-9b55-b94699c46e44}";
   group.ks.interfaces.clear();
   return group;
@@ -60,7 +60,7 @@ TEST(VirtualDeviceWatcher, ReportsPresentDevicesThenChangesInOrder) {
 
 TEST(VirtualDeviceWatcher, DisabledDevicesArriveMarkedDisabledAndAreNotEnumerated) {
   Watching w;
-  GroupSpec disabled = software_group();
+  GroupModel disabled = software_group();
   disabled.enabled = false;
   w.platform.world().add_group(disabled);
   w.watcher->start();

@@ -132,20 +132,20 @@ TEST(VirtualKernelStreaming, LedPowerWriteIsReadBack) {
   EXPECT_EQ(returned, 2u);
   EXPECT_EQ(read[0], 2);
   EXPECT_EQ(read[1], 77);
-  auto state = d.platform.world().group_spec(testing::default_group_id());
+  auto state = d.platform.world().group_model(testing::default_group_id());
   EXPECT_EQ(state->ks.led_power, 77);
 }
 
 TEST(VirtualKernelStreaming, RgbStatusAndControl18) {
   Device d;
-  d.platform.world().edit_group(testing::default_group_id(), [](GroupSpec& g) { g.ks.rgb_status = 5; });
+  d.platform.world().edit_group(testing::default_group_id(), [](GroupModel& g) { g.ks.rgb_status = 5; });
   std::vector<std::uint8_t> data(512, 0);
   std::uint32_t returned = 0;
   ASSERT_EQ(d.send(ksp_node(ids::kUnit1, 15, kGetTopology, 3), data, &returned), HR_OK);
   EXPECT_EQ(data[0], 5);
   std::vector<std::uint8_t> one = {2};
   ASSERT_EQ(d.send(ksp_node(ids::kUnit1, 18, kSetTopology, 3), one, &returned), HR_OK);
-  EXPECT_EQ(d.platform.world().group_spec(testing::default_group_id())->ks.control18, 2);
+  EXPECT_EQ(d.platform.world().group_model(testing::default_group_id())->ks.control18, 2);
   // Unit 1 has no control 20; that one belongs to unit 2.
   EXPECT_EQ(d.send(ksp_node(ids::kUnit1, 20, kGetTopology, 3), data, &returned), HR_NOT_FOUND);
 }
@@ -178,7 +178,7 @@ TEST(VirtualKernelStreaming, GainIsReadAndWrittenAsVideoProcAmpNode) {
   le::put_u32(&s[32], 200);
   le::put_u32(&s[36], 2);
   ASSERT_EQ(d.control->property(s.data(), 48, s.data(), 48, &returned), HR_OK);
-  EXPECT_EQ(d.platform.world().group_spec(testing::default_group_id())->ks.gain, 200);
+  EXPECT_EQ(d.platform.world().group_model(testing::default_group_id())->ks.gain, 200);
   le::put_u32(&s[32], 256);  // beyond the range
   EXPECT_EQ(d.control->property(s.data(), 48, s.data(), 48, &returned), HR_INVALIDARG);
   // The processing unit lives on node 1 only.

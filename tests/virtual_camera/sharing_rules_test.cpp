@@ -110,7 +110,7 @@ TEST(VirtualSharingRules, OthersHearWhenAnExclusiveHolderComesAndGoes) {
 TEST(VirtualSharingRules, StatusOverrideReportsARawValue) {
   VirtualPlatform platform;
   platform.world().edit_group(testing::default_group_id(),
-                              [](GroupSpec& g) { g.sources[kInfrared].exclusive_status_override = 2; });
+                              [](GroupModel& g) { g.sources[kInfrared].exclusive_status_override = 2; });
   auto shared = open_session(platform, SharingMode::SharedReadOnly);
   EXPECT_EQ(static_cast<int>(shared->frame_sources().at(kInfrared)->exclusive_control_status()), 2);
 }

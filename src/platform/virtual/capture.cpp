@@ -35,7 +35,7 @@ void VirtualCapture::initialize(const platform::CaptureSettings& settings) {
   std::vector<std::shared_ptr<VirtualFrameSource>> sources;
   {
     std::lock_guard world_lock(world_->mutex());
-    for (std::size_t i = 0; i < group->state()->spec.sources.size(); ++i)
+    for (std::size_t i = 0; i < group->state()->model.sources.size(); ++i)
       sources.push_back(std::make_shared<VirtualFrameSource>(world_, group->state(), i, this, settings.sharing_mode));
   }
   std::lock_guard lock(mutex_);
@@ -147,14 +147,14 @@ void VirtualFrameSource::close() {
 platform::SourceInfo VirtualFrameSource::info() {
   std::lock_guard lock(world_->mutex());
   require_open();
-  return source_info_of(group_->spec.sources[index_]);
+  return source_info_of(group_->model.sources[index_]);
 }
 
 std::vector<std::shared_ptr<platform::FrameFormat>> VirtualFrameSource::supported_formats() {
   std::lock_guard lock(world_->mutex());
   require_open();
   std::vector<std::shared_ptr<platform::FrameFormat>> formats;
-  for (const auto& format : group_->spec.sources[index_].formats)
+  for (const auto& format : group_->model.sources[index_].formats)
     formats.push_back(std::make_shared<VirtualFrameFormat>(format));
   return formats;
 }
@@ -162,7 +162,7 @@ std::vector<std::shared_ptr<platform::FrameFormat>> VirtualFrameSource::supporte
 std::shared_ptr<platform::FrameFormat> VirtualFrameSource::current_format() {
   std::lock_guard lock(world_->mutex());
   require_open();
-  const SourceSpec& source = group_->spec.sources[index_];
+  const SourceModel& source = group_->model.sources[index_];
   if (!source.current_format || *source.current_format >= source.formats.size()) return nullptr;
   return std::make_shared<VirtualFrameFormat>(source.formats[*source.current_format]);
 }
@@ -174,11 +174,11 @@ void VirtualFrameSource::set_format(const std::shared_ptr<platform::FrameFormat>
   if (mode_ != SharingMode::ExclusiveControl)
     throw PlatformError(HR_ACCESSDENIED, L"The format cannot be set in shared read-only mode.");
   auto wanted = std::dynamic_pointer_cast<VirtualFrameFormat>(format);
-  SourceSpec& source = group_->spec.sources[index_];
+  SourceModel& source = group_->model.sources[index_];
   for (std::size_t i = 0; wanted && i < source.formats.size(); ++i) {
-    if (!(source.formats[i] == wanted->spec())) continue;
+    if (!(source.formats[i] == wanted->model())) continue;
     source.current_format = i;
-    world_->records().format_changes.push_back({source.id.value_or(L""), wanted->spec()});
+    world_->records().format_changes.push_back({source.id.value_or(L""), wanted->model()});
     return;
   }
   throw PlatformError(HR_INVALIDARG, L"The format is not supported by the frame source.");
@@ -193,7 +193,7 @@ std::shared_ptr<platform::SourceController> VirtualFrameSource::controller() {
 platform::ExclusiveControlStatus VirtualFrameSource::exclusive_control_status() {
   std::lock_guard lock(world_->mutex());
   require_open();
-  const SourceSpec& source = group_->spec.sources[index_];
+  const SourceModel& source = group_->model.sources[index_];
   if (source.exclusive_status_override)
     return static_cast<platform::ExclusiveControlStatus>(*source.exclusive_status_override);
   return world_->exclusive_held_by_other(*group_, session_) ? platform::ExclusiveControlStatus::SharedReadOnlyAvailable

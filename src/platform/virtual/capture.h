@@ -40,7 +40,9 @@ class VirtualCapture : public platform::Capture,
 
   std::shared_ptr<World> world_;
   EventThread events_;
-  std::mutex mutex_;  // guards everything below; never held while calling World or a handler
+  // Guards everything below. Lock order: mutex_ before the World lock (closing sources); never
+  // held while a handler runs or while World posts to this session.
+  std::mutex mutex_;
   bool initialized_ = false;
   bool shut_down_ = false;
   platform::SharingMode mode_ = platform::SharingMode::SharedReadOnly;

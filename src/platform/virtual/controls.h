@@ -17,7 +17,7 @@ class SourceHandle {
       : world_(std::move(world)), group_(std::move(group)), index_(index), exclusive_(exclusive) {}
 
  protected:
-  SourceSpec& source() { return group_->spec.sources[index_]; }  // caller holds the World lock
+  SourceModel& source() { return group_->model.sources[index_]; }  // caller holds the World lock
   void record(ControlKind kind, double value);                  // caller holds the World lock
   void require_control() const;  // throws unless the session holds exclusive control
 

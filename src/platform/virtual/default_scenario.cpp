@@ -31,8 +31,8 @@ constexpr wchar_t kIrLink[] =
 constexpr wchar_t kColorLink[] =
     L"\\\\?\\USB#VID_F00D&PID_CAFE&MI_00#7&1f00dcaf&0&0000#{e5323777-f976-4f5b-9b55-b94699c46e44}\\GLOBAL";
 
-FormatSpec format(const wchar_t* subtype, std::uint32_t width, std::uint32_t height, std::uint32_t fps) {
-  FormatSpec f;
+FormatModel format(const wchar_t* subtype, std::uint32_t width, std::uint32_t height, std::uint32_t fps) {
+  FormatModel f;
   f.subtype = subtype;
   f.width = width;
   f.height = height;
@@ -41,30 +41,30 @@ FormatSpec format(const wchar_t* subtype, std::uint32_t width, std::uint32_t hei
   return f;
 }
 
-SourceSpec infrared_source() {
-  SourceSpec s;
+SourceModel infrared_source() {
+  SourceModel s;
   s.id = L"Source#0@" + std::wstring(kIrLink);
   s.kind = SourceKind::Infrared;
   s.stream_type = StreamType::VideoRecord;
-  s.device_information = DeviceInfoSpec{kIrLink, L"Virtual Face Camera IR", false, true,
+  s.device_information = DeviceInfoModel{kIrLink, L"Virtual Face Camera IR", false, true,
                                         platform::Pairing{}, platform::Panel::Front};
   s.formats = {format(L"L8", 640, 480, 30), format(L"L8", 640, 480, 15), format(L"L8", 640, 480, 60),
                format(L"GRAY8", 640, 480, 30), format(L"GRAY8", 320, 240, 60)};
   s.current_format = 0;
   s.illumination = IlluminationMetadata::Alternating;
-  s.exposure = ExposureSpec{};
-  s.torch = TorchSpec{};
-  s.face_auth = FaceAuthSpec{};
-  s.llc = LlcSpec{};
+  s.exposure = ExposureModel{};
+  s.torch = TorchModel{};
+  s.face_auth = FaceAuthModel{};
+  s.llc = LlcModel{};
   return s;
 }
 
-SourceSpec color_source() {
-  SourceSpec s;
+SourceModel color_source() {
+  SourceModel s;
   s.id = L"Source#1@" + std::wstring(kColorLink);
   s.kind = SourceKind::Color;
   s.stream_type = StreamType::VideoRecord;
-  s.device_information = DeviceInfoSpec{kColorLink, L"Virtual Face Camera RGB", true, true,
+  s.device_information = DeviceInfoModel{kColorLink, L"Virtual Face Camera RGB", true, true,
                                         platform::Pairing{}, platform::Panel::Front};
   for (const wchar_t* subtype : {L"NV12", L"YUY2"}) {
     s.formats.push_back(format(subtype, 640, 480, 30));
@@ -74,14 +74,14 @@ SourceSpec color_source() {
   s.formats.push_back(format(L"RGB24", 640, 480, 30));
   s.current_format = 0;
   s.illumination = IlluminationMetadata::AttributeMissing;
-  s.exposure = ExposureSpec{};
-  s.iso_speed = IsoSpeedSpec{};
-  s.llc = LlcSpec{};
+  s.exposure = ExposureModel{};
+  s.iso_speed = IsoSpeedModel{};
+  s.llc = LlcModel{};
   return s;
 }
 
-KsDeviceSpec ks_device() {
-  KsDeviceSpec ks;
+KsDeviceModel ks_device() {
+  KsDeviceModel ks;
   ks.interfaces = {{ids::kCategorySensorCamera, kIrLink}, {ids::kCategoryVideoCamera, kColorLink}};
   // Camera terminal, processing unit, a foreign vendor unit, then unit 1 whose UVC descriptor
   // carries the GUID after its 4-byte header.
@@ -96,7 +96,7 @@ KsDeviceSpec ks_device() {
 }  // namespace
 
 Scenario default_scenario() {
-  GroupSpec group;
+  GroupModel group;
   group.id = kGroupId;
   group.display_name = L"Virtual Face Camera";
   group.sources = {infrared_source(), color_source()};

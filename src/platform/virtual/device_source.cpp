@@ -79,15 +79,15 @@ class VirtualTopology : public platform::KsTopology {
     if (!count) return HR_POINTER;
     if (*shut_down_) return ids::kShutdown;
     std::lock_guard lock(world_->mutex());
-    *count = std::uint32_t(group_->spec.ks.nodes.size());
+    *count = std::uint32_t(group_->model.ks.nodes.size());
     return HR_OK;
   }
   hresult node_type(std::uint32_t index, Guid* type) override {
     if (!type) return HR_POINTER;
     if (*shut_down_) return ids::kShutdown;
     std::lock_guard lock(world_->mutex());
-    if (index >= group_->spec.ks.nodes.size()) return HR_INVALIDARG;
-    *type = group_->spec.ks.nodes[index].type;
+    if (index >= group_->model.ks.nodes.size()) return HR_INVALIDARG;
+    *type = group_->model.ks.nodes[index].type;
     return HR_OK;
   }
 
@@ -109,7 +109,7 @@ class VirtualDeviceSource : public platform::DeviceSource {
     hresult result;
     {
       std::lock_guard lock(world_->mutex());
-      result = group_->spec.ks.ks_control_result;
+      result = group_->model.ks.ks_control_result;
     }
     if (*shut_down_) result = ids::kShutdown;
     if (failed(result)) return result;
@@ -120,7 +120,7 @@ class VirtualDeviceSource : public platform::DeviceSource {
     hresult result;
     {
       std::lock_guard lock(world_->mutex());
-      result = group_->spec.ks.topology_result;
+      result = group_->model.ks.topology_result;
     }
     if (*shut_down_) result = ids::kShutdown;
     if (failed(result)) return result;
@@ -152,8 +152,8 @@ hresult enum_device_sources(World& world, platform::Attributes& attributes,
   activates.clear();
   for (auto& group : world.groups()) {
     std::lock_guard lock(world.mutex());
-    if (!group->spec.enabled) continue;
-    for (auto& interface : group->spec.ks.interfaces)
+    if (!group->model.enabled) continue;
+    for (auto& interface : group->model.ks.interfaces)
       if (interface.category == category) activates.push_back(std::make_shared<VirtualActivate>(interface.symbolic_link));
   }
   return HR_OK;
@@ -168,8 +168,8 @@ hresult create_device_source(const std::shared_ptr<World>& world, platform::Attr
   if (!link) return HR_INVALIDARG;
   for (auto& group : world->groups()) {
     std::lock_guard lock(world->mutex());
-    if (!group->spec.enabled) continue;
-    for (auto& interface : group->spec.ks.interfaces)
+    if (!group->model.enabled) continue;
+    for (auto& interface : group->model.ks.interfaces)
       if (interface.symbolic_link == *link) {
         source = std::make_shared<VirtualDeviceSource>(world, group, *link);
         return HR_OK;

@@ -7,12 +7,10 @@
 namespace vexcap::virtual_camera {
 
 struct EventThread::State {
-  std::mutex mutex;  // guards queue, stop, busy
+  std::mutex mutex;  // guards queue and stop
   std::condition_variable changed;
   std::deque<std::function<void()>> queue;
   bool stop = false;
-  bool busy = false;
-  std::thread::id id;
 
   void run() {
     std::unique_lock lock(mutex);
@@ -21,7 +19,6 @@ struct EventThread::State {
       if (queue.empty()) return;  // stopped and nothing left to raise
       auto event = std::move(queue.front());
       queue.pop_front();
-      busy = true;
       lock.unlock();
       try {
         event();
@@ -30,8 +27,6 @@ struct EventThread::State {
       }
       event = nullptr;  // handlers captured by the event die here, outside the lock
       lock.lock();
-      busy = false;
-      changed.notify_all();
     }
   }
 };
@@ -55,17 +50,8 @@ void EventThread::post(std::function<void()> event) {
   std::lock_guard lock(state_->mutex);
   if (state_->stop) return;
   state_->queue.push_back(std::move(event));
-  if (!thread_.joinable()) {
-    thread_ = std::thread([state = state_] { state->run(); });
-    state_->id = thread_.get_id();
-  }
+  if (!thread_.joinable()) thread_ = std::thread([state = state_] { state->run(); });
   state_->changed.notify_all();
-}
-
-void EventThread::drain() {
-  std::unique_lock lock(state_->mutex);
-  if (state_->id == std::this_thread::get_id()) return;
-  state_->changed.wait(lock, [&] { return state_->queue.empty() && !state_->busy; });
 }
 
 }  // namespace vexcap::virtual_camera

@@ -17,8 +17,6 @@ class EventThread {
   EventThread& operator=(const EventThread&) = delete;
 
   void post(std::function<void()> event);
-  // Waits until every event posted so far has been raised (not from the thread itself).
-  void drain();
 
  private:
   struct State;

@@ -27,7 +27,7 @@ Property identify(const std::vector<std::uint8_t>& id) {
 }
 
 // KSCAMERA_EXTENDEDPROP_HEADER followed by KSCAMERA_EXTENDEDPROP_VALUE.
-std::vector<std::uint8_t> face_auth_bytes(const FaceAuthSpec& s) {
+std::vector<std::uint8_t> face_auth_bytes(const FaceAuthModel& s) {
   std::vector<std::uint8_t> b(kPropertySize, 0);
   le::put_u32(&b[0], s.version);
   le::put_u32(&b[4], s.pin_id);
@@ -40,7 +40,7 @@ std::vector<std::uint8_t> face_auth_bytes(const FaceAuthSpec& s) {
 }
 
 // KSPROPERTY_CAMERACONTROL_S padded to 40 bytes; the KSPROPERTY header echoes the request.
-std::vector<std::uint8_t> llc_bytes(const LlcSpec& s, const std::vector<std::uint8_t>& id) {
+std::vector<std::uint8_t> llc_bytes(const LlcModel& s, const std::vector<std::uint8_t>& id) {
   std::vector<std::uint8_t> b(kPropertySize, 0);
   std::memcpy(b.data(), id.data(), 24);
   le::put_u32(&b[24], s.value);
@@ -77,7 +77,7 @@ platform::GetPropertyResult VirtualSourceController::get_property_by_extended_id
 platform::GetPropertyResult VirtualSourceController::answer_get(const std::vector<std::uint8_t>& id,
                                                                 std::optional<std::uint32_t> max_size) {
   if (group_->removed) return {GetPropertyStatus::DeviceNotAvailable, std::nullopt};
-  SourceSpec& s = source();
+  SourceModel& s = source();
   switch (identify(id)) {
     case Property::FaceAuth:
       if (!s.face_auth) break;
@@ -104,10 +104,10 @@ platform::SetPropertyStatus VirtualSourceController::set_property_by_extended_id
 platform::SetPropertyStatus VirtualSourceController::apply_set(const std::vector<std::uint8_t>& id,
                                                                const std::vector<std::uint8_t>& value) {
   if (group_->removed) return SetPropertyStatus::DeviceNotAvailable;
-  SourceSpec& s = source();
+  SourceModel& s = source();
   Property property = identify(id);
   if (property == Property::FaceAuth && s.face_auth) {
-    FaceAuthSpec& f = *s.face_auth;
+    FaceAuthModel& f = *s.face_auth;
     if (!exclusive_) return SetPropertyStatus::NotInControl;
     if (f.behaviour.set_status != SetPropertyStatus::Success) return f.behaviour.set_status;
     if (value.size() != kPropertySize) return SetPropertyStatus::InvalidValue;
@@ -118,7 +118,7 @@ platform::SetPropertyStatus VirtualSourceController::apply_set(const std::vector
     return SetPropertyStatus::Success;
   }
   if (property == Property::Llc && s.llc) {
-    LlcSpec& l = *s.llc;
+    LlcModel& l = *s.llc;
     if (!exclusive_) return SetPropertyStatus::NotInControl;
     if (l.behaviour.set_status != SetPropertyStatus::Success) return l.behaviour.set_status;
     if (value.size() != kPropertySize) return SetPropertyStatus::InvalidValue;

@@ -45,7 +45,7 @@ platform::IlluminationRead illumination_of(IlluminationMetadata metadata, std::u
 
 }  // namespace
 
-FrameContents make_frame_contents(const FormatSpec& format, const std::optional<std::wstring>& reader_subtype,
+FrameContents make_frame_contents(const FormatModel& format, const std::optional<std::wstring>& reader_subtype,
                                   std::uint64_t n, std::int64_t time, IlluminationMetadata metadata,
                                   std::uint32_t stride_padding, bool unsupported) {
   FrameContents frame;

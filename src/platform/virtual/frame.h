@@ -13,7 +13,7 @@ namespace vexcap::virtual_camera {
 
 struct FrameContents {
   std::int64_t time = 0;  // 100 ns units
-  FormatSpec format;      // as delivered (the reader's subtype when it converts)
+  FormatModel format;      // as delivered (the reader's subtype when it converts)
   std::shared_ptr<VirtualBitmap> bitmap;  // null for buffer-only frames
   std::shared_ptr<VirtualBuffer> buffer;  // null for bitmap frames
   platform::IlluminationRead illumination;
@@ -21,7 +21,7 @@ struct FrameContents {
 
 // What the pattern frame n of a source looks like as delivered through a reader that asked
 // for `reader_subtype` (or for none). See pixel_image.h for the pattern.
-FrameContents make_frame_contents(const FormatSpec& format, const std::optional<std::wstring>& reader_subtype,
+FrameContents make_frame_contents(const FormatModel& format, const std::optional<std::wstring>& reader_subtype,
                                   std::uint64_t n, std::int64_t time, IlluminationMetadata metadata,
                                   std::uint32_t stride_padding, bool unsupported);
 

@@ -1,5 +1,6 @@
 #include "platform/virtual/frame_reader.h"
 
+#include <algorithm>
 #include <deque>
 #include <map>
 #include <mutex>
@@ -34,8 +35,9 @@ struct VirtualFrameReader::Core {
   std::shared_ptr<Clock::Pacer> pacer;
   std::thread thread;
 
-  void run(std::shared_ptr<Clock::Pacer> my_pacer, std::int64_t base, std::optional<FormatSpec> paced);
-  std::shared_ptr<platform::Frame> produce(std::int64_t due, std::optional<FormatSpec>& format);
+  void run(std::shared_ptr<Clock::Pacer> my_pacer, std::shared_ptr<Clock> clock, std::int64_t base,
+           std::optional<FormatModel> paced);
+  std::shared_ptr<platform::Frame> produce(std::int64_t due, std::optional<FormatModel>& format);
   void deliver(std::shared_ptr<platform::Frame> frame);
   void stop_producer(std::unique_lock<std::mutex>& lock);  // leaves the lock unlocked
 };
@@ -43,7 +45,7 @@ struct VirtualFrameReader::Core {
 namespace {
 
 // 100 ns ticks from a stream's start to its k-th frame, exact for any rational rate.
-std::int64_t offset_of_frame(const FormatSpec& format, std::uint64_t k) {
+std::int64_t offset_of_frame(const FormatModel& format, std::uint64_t k) {
   std::uint32_t num = format.frame_rate_numerator ? format.frame_rate_numerator : 30;
   std::uint32_t den = format.frame_rate_denominator ? format.frame_rate_denominator : 1;
   return std::int64_t(k * 10'000'000ull * den / num);
@@ -51,12 +53,12 @@ std::int64_t offset_of_frame(const FormatSpec& format, std::uint64_t k) {
 
 }  // namespace
 
-void VirtualFrameReader::Core::run(std::shared_ptr<Clock::Pacer> my_pacer, std::int64_t base,
-                                   std::optional<FormatSpec> paced) {
+void VirtualFrameReader::Core::run(std::shared_ptr<Clock::Pacer> my_pacer, std::shared_ptr<Clock> clock,
+                                   std::int64_t base, std::optional<FormatModel> paced) {
   std::uint64_t k = 1;  // frame k of the current schedule is due k periods after its base
-  std::optional<FormatSpec> format;
+  std::optional<FormatModel> format;
   for (;;) {
-    std::int64_t due = base + offset_of_frame(paced.value_or(FormatSpec{}), k);
+    std::int64_t due = base + offset_of_frame(paced.value_or(FormatModel{}), k);
     if (!my_pacer->wait_until(due)) return;
     auto frame = produce(due, format);
     if (format && !(paced && *paced == *format)) {  // a new format restarts the schedule here
@@ -67,20 +69,27 @@ void VirtualFrameReader::Core::run(std::shared_ptr<Clock::Pacer> my_pacer, std::
       ++k;
     }
     if (frame) deliver(std::move(frame));
+    // In real time a producer that fell a whole period behind skips frames, as a camera drops
+    // them, instead of raising a backlog.
+    if (clock->mode() == ClockMode::Real) {
+      std::int64_t period = std::max<std::int64_t>(offset_of_frame(paced.value_or(FormatModel{}), 1), 1);
+      std::int64_t late = clock->now() - (base + offset_of_frame(paced.value_or(FormatModel{}), k));
+      if (late > period) k += std::uint64_t(late / period);
+    }
   }
 }
 
-std::shared_ptr<platform::Frame> VirtualFrameReader::Core::produce(std::int64_t due, std::optional<FormatSpec>& format) {
+std::shared_ptr<platform::Frame> VirtualFrameReader::Core::produce(std::int64_t due, std::optional<FormatModel>& format) {
   IlluminationMetadata metadata;
   std::uint32_t padding;
   bool unsupported;
   {
     std::lock_guard lock(world->mutex());
-    const SourceSpec& source = group->spec.sources[index];
+    const SourceModel& source = group->model.sources[index];
     format.reset();
     if (source.current_format && *source.current_format < source.formats.size())
       format = source.formats[*source.current_format];
-    if (!format || group->removed || !group->spec.enabled || world->frames_stopped()) return nullptr;
+    if (!format || group->removed || !group->model.enabled || world->frames_stopped()) return nullptr;
     metadata = source.illumination;
     padding = source.stride_padding;
     unsupported = world->unsupported_frames();
@@ -166,12 +175,12 @@ platform::ReaderStartStatus VirtualFrameReader::start() {
   core_->world->enter_call_or_throw(PlatformCall::StartReader);
   ReaderStartStatus status;
   std::shared_ptr<Clock> clock = core_->world->clock();
-  std::optional<FormatSpec> format;
+  std::optional<FormatModel> format;
   {
     std::lock_guard lock(core_->world->mutex());
     const GroupState& group = *core_->group;
-    const SourceSpec& source = group.spec.sources[core_->index];
-    status = group.removed || !group.spec.enabled ? ReaderStartStatus::DeviceNotAvailable : source.reader_start_status;
+    const SourceModel& source = group.model.sources[core_->index];
+    status = group.removed || !group.model.enabled ? ReaderStartStatus::DeviceNotAvailable : source.reader_start_status;
     if (source.current_format && *source.current_format < source.formats.size())
       format = source.formats[*source.current_format];
   }
@@ -190,8 +199,8 @@ platform::ReaderStartStatus VirtualFrameReader::start() {
   // The schedule starts now, before the thread runs, so a test advancing the clock right after
   // start() finds the first frame due.
   core_->pacer = std::make_shared<Clock::Pacer>(clock);
-  core_->thread = std::thread([core = core_, pacer = core_->pacer, base = clock->now(), format] {
-    core->run(pacer, base, format);
+  core_->thread = std::thread([core = core_, pacer = core_->pacer, clock, base = clock->now(), format] {
+    core->run(pacer, clock, base, format);
   });
   return ReaderStartStatus::Success;
 }
@@ -225,11 +234,6 @@ std::shared_ptr<platform::Frame> VirtualFrameReader::try_acquire_latest_frame() 
     core_->waiting.pop_front();
   }
   return frame;
-}
-
-std::uint64_t VirtualFrameReader::frames_produced() const {
-  std::lock_guard lock(core_->mutex);
-  return core_->produced;
 }
 
 }  // namespace vexcap::virtual_camera

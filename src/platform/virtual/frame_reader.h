@@ -28,8 +28,6 @@ class VirtualFrameReader : public platform::FrameReader {
   void set_acquisition_mode(platform::AcquisitionMode mode) override;
   std::shared_ptr<platform::Frame> try_acquire_latest_frame() override;
 
-  std::uint64_t frames_produced() const;
-
  private:
   struct Core;
   // Shared with the producer thread, which may outlive this object only when the object is

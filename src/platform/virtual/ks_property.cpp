@@ -34,7 +34,7 @@ struct Request {
   bool set_op() const { return (flags & ids::kPropSet) != 0; }
 };
 
-Answer processing_unit(KsDeviceSpec& ks, const Request& r, const std::uint8_t* request, std::uint8_t* data,
+Answer processing_unit(KsDeviceModel& ks, const Request& r, const std::uint8_t* request, std::uint8_t* data,
                        std::uint32_t size) {
   if (r.set != ids::kVideoProcAmp) return {HR_SET_NOT_FOUND};
   if (r.id != ids::kProcAmpGain) return {HR_NOT_FOUND};
@@ -53,7 +53,7 @@ Answer processing_unit(KsDeviceSpec& ks, const Request& r, const std::uint8_t* r
   return {HR_OK, 0};
 }
 
-Answer extension_unit(KsDeviceSpec& ks, const KsNodeSpec& node, const Request& r, std::uint8_t* data,
+Answer extension_unit(KsDeviceModel& ks, const KsNodeModel& node, const Request& r, std::uint8_t* data,
                       std::uint32_t size) {
   if (!node.unit || r.set != *node.unit) return {HR_SET_NOT_FOUND};
   auto read_bytes = [&](std::initializer_list<std::uint8_t> bytes) -> Answer {
@@ -84,7 +84,7 @@ Answer extension_unit(KsDeviceSpec& ks, const KsNodeSpec& node, const Request& r
   return {HR_NOT_FOUND};
 }
 
-Answer video_control(KsDeviceSpec& ks, const Request& r, const std::uint8_t* request, std::uint8_t* data,
+Answer video_control(KsDeviceModel& ks, const Request& r, const std::uint8_t* request, std::uint8_t* data,
                      std::uint32_t size) {
   if (r.set != ids::kVideoControl) return {HR_SET_NOT_FOUND};
   if (r.id != ids::kVideoControlMode || !r.get()) return {HR_NOT_FOUND};
@@ -94,14 +94,14 @@ Answer video_control(KsDeviceSpec& ks, const Request& r, const std::uint8_t* req
   return {HR_OK, 32};
 }
 
-Answer answer(KsDeviceSpec& ks, const Request& r, const std::uint8_t* request, std::uint8_t* data,
+Answer answer(KsDeviceModel& ks, const Request& r, const std::uint8_t* request, std::uint8_t* data,
               std::uint32_t size) {
   for (const KsFault& fault : ks.faults)
     if (fault.set == r.set && fault.id == r.id) return {fault.error};
   if (size > 0 && data == nullptr) return {HR_POINTER};
   if (!r.node) return video_control(ks, r, request, data, size);
   if (*r.node >= ks.nodes.size()) return {HR_NOT_FOUND};
-  const KsNodeSpec& node = ks.nodes[*r.node];
+  const KsNodeModel& node = ks.nodes[*r.node];
   if (node.type == ids::kNodeVideoProcessing) return processing_unit(ks, r, request, data, size);
   if (node.type == ids::kNodeDevSpecific) return extension_unit(ks, node, r, data, size);
   return {HR_SET_NOT_FOUND};
@@ -132,14 +132,14 @@ hresult ks_property(World& world, GroupState& group, const std::wstring& link, c
 
   std::lock_guard lock(world.mutex());
   Answer a;
-  if (group.removed || !group.spec.enabled)
+  if (group.removed || !group.model.enabled)
     a = {ids::kDeviceInvalidated};
   else if (topology && request_size < 32)
     a = {HR_INVALIDARG};
   else if (r.get() == r.set_op())
     a = {HR_INVALIDARG};  // exactly one of GET and SET
   else
-    a = answer(group.spec.ks, r, request, data, data_size);
+    a = answer(group.model.ks, r, request, data, data_size);
   if (bytes_returned) *bytes_returned = a.returned;
   record.result = a.result;
   world.records().ks_requests.push_back(std::move(record));

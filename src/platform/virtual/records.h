@@ -53,7 +53,7 @@ struct AppliedControl {
 
 struct FormatChange {
   std::wstring source_id;
-  FormatSpec format;
+  FormatModel format;
 };
 
 struct Records {

@@ -13,7 +13,7 @@
 
 namespace vexcap::virtual_camera {
 
-struct FormatSpec {
+struct FormatModel {
   std::wstring major_type = L"Video";
   std::wstring subtype = L"NV12";  // "GRAY8", "L8", "L16", "NV12", "YUY2", "RGB24", "ARGB32", ...
   std::uint32_t width = 640;
@@ -21,7 +21,7 @@ struct FormatSpec {
   std::uint32_t frame_rate_numerator = 30;
   std::uint32_t frame_rate_denominator = 1;
   std::optional<std::int32_t> rotation;  // MF_MT_VIDEO_ROTATION; absent when nullopt
-  friend bool operator==(const FormatSpec&, const FormatSpec&) = default;
+  friend bool operator==(const FormatModel&, const FormatModel&) = default;
 };
 
 // What a frame's capture-metadata chain yields.
@@ -35,7 +35,7 @@ enum class IlluminationMetadata {
   ServiceUnavailable  // the frame is no IMFGetService
 };
 
-struct ExposureSpec {
+struct ExposureModel {
   bool supported = true;
   bool auto_enabled = false;
   std::int64_t min = 100;  // 100 ns units
@@ -44,21 +44,21 @@ struct ExposureSpec {
   std::int64_t value = 10000;
 };
 
-struct IsoSpeedSpec {
+struct IsoSpeedModel {
   bool supported = true;
   std::uint32_t min = 100;
   std::uint32_t max = 1600;
   std::uint32_t value = 100;
 };
 
-struct TorchSpec {
+struct TorchModel {
   bool supported = true;
   bool power_supported = true;
   bool enabled = false;
   float power_percent = 0.0f;
 };
 
-struct InfraredTorchSpec {
+struct InfraredTorchModel {
   bool supported = true;
   std::vector<platform::InfraredTorchMode> modes = {platform::InfraredTorchMode::Off,
                                                     platform::InfraredTorchMode::On};
@@ -78,7 +78,7 @@ struct PropertyBehaviour {
 };
 
 // KSCAMERA_EXTENDEDPROP_HEADER + KSCAMERA_EXTENDEDPROP_VALUE of the face-auth mode.
-struct FaceAuthSpec {
+struct FaceAuthModel {
   std::uint32_t version = 1;
   std::uint32_t pin_id = 0xFFFFFFFF;  // KSCAMERA_EXTENDEDPROP_FILTERSCOPE
   std::uint32_t size = 40;
@@ -90,14 +90,14 @@ struct FaceAuthSpec {
 };
 
 // KSPROPERTY_CAMERACONTROL_S of the low-light compensation (auto exposure priority).
-struct LlcSpec {
+struct LlcModel {
   std::uint32_t value = 0;
   std::uint32_t flags = 0x1;         // KSPROPERTY_CAMERACONTROL_FLAGS_AUTO
   std::uint32_t capabilities = 0x3;  // auto | manual
   PropertyBehaviour behaviour;
 };
 
-struct DeviceInfoSpec {
+struct DeviceInfoModel {
   std::optional<std::wstring> id;
   std::optional<std::wstring> name;
   bool is_default = false;
@@ -106,28 +106,28 @@ struct DeviceInfoSpec {
   std::optional<platform::Panel> enclosure_panel;
 };
 
-struct SourceSpec {
+struct SourceModel {
   std::optional<std::wstring> id;  // may carry VID/PID text, e.g. "...VID_F00D&PID_CAFE..."
   platform::SourceKind kind = platform::SourceKind::Color;
   platform::StreamType stream_type = platform::StreamType::VideoRecord;
-  std::optional<DeviceInfoSpec> device_information = DeviceInfoSpec{};
-  std::vector<FormatSpec> formats;
+  std::optional<DeviceInfoModel> device_information = DeviceInfoModel{};
+  std::vector<FormatModel> formats;
   std::optional<std::size_t> current_format = 0;  // index into formats; nullopt: none
   IlluminationMetadata illumination = IlluminationMetadata::AttributeMissing;
   std::uint32_t stride_padding = 0;  // extra bytes at the end of every bitmap row
-  std::optional<ExposureSpec> exposure;
-  std::optional<IsoSpeedSpec> iso_speed;
-  std::optional<TorchSpec> torch;
-  std::optional<InfraredTorchSpec> infrared_torch;
-  std::optional<FaceAuthSpec> face_auth;
-  std::optional<LlcSpec> llc;
+  std::optional<ExposureModel> exposure;
+  std::optional<IsoSpeedModel> iso_speed;
+  std::optional<TorchModel> torch;
+  std::optional<InfraredTorchModel> infrared_torch;
+  std::optional<FaceAuthModel> face_auth;
+  std::optional<LlcModel> llc;
   // Reported by FrameSource::exclusive_control_status in place of the modelled one.
   std::optional<std::int32_t> exclusive_status_override;
   platform::ReaderStartStatus reader_start_status = platform::ReaderStartStatus::Success;
 };
 
 // One node of the kernel-streaming topology.
-struct KsNodeSpec {
+struct KsNodeModel {
   platform::Guid type;
   // Device-specific nodes: the extension unit's property set this node answers, and the
   // descriptor bytes its control 0 returns.
@@ -135,7 +135,7 @@ struct KsNodeSpec {
   std::vector<std::uint8_t> unit_info;
 };
 
-struct KsInterfaceSpec {
+struct KsInterfaceModel {
   platform::Guid category;
   std::wstring symbolic_link;
 };
@@ -148,9 +148,9 @@ struct KsFault {
 };
 
 // The Media Foundation device source behind a group and the state its driver keeps.
-struct KsDeviceSpec {
-  std::vector<KsInterfaceSpec> interfaces;  // one per category the device registers
-  std::vector<KsNodeSpec> nodes;
+struct KsDeviceModel {
+  std::vector<KsInterfaceModel> interfaces;  // one per category the device registers
+  std::vector<KsNodeModel> nodes;
   hresult ks_control_result = HR_OK;  // query for IKsControl
   hresult topology_result = HR_OK;    // query for IKsTopologyInfo
   std::int32_t gain = 64;
@@ -166,13 +166,14 @@ struct KsDeviceSpec {
   std::vector<KsFault> faults;
 };
 
-struct GroupSpec {
+struct GroupModel {
   std::optional<std::wstring> id;  // "\\?\USB#...", "\\?\SWD#..." or neither
   std::optional<std::wstring> display_name;
   bool enabled = true;
+  bool null_in_enumeration = false;  // FindAllAsync hands out a null entry in its place
   bool source_infos_missing = false;
-  std::vector<SourceSpec> sources;
-  KsDeviceSpec ks;
+  std::vector<SourceModel> sources;
+  KsDeviceModel ks;
 };
 
 // How frame time passes.
@@ -182,7 +183,7 @@ enum class ClockMode {
 };
 
 struct Scenario {
-  std::vector<GroupSpec> groups;
+  std::vector<GroupModel> groups;
   ClockMode clock = ClockMode::Real;
 };
 

@@ -2,13 +2,13 @@
 
 namespace vexcap::virtual_camera {
 
-platform::SourceInfo source_info_of(const SourceSpec& source) {
+platform::SourceInfo source_info_of(const SourceModel& source) {
   platform::SourceInfo info;
   info.id = source.id;
   info.kind = source.kind;
   info.stream_type = source.stream_type;
   if (source.device_information) {
-    const DeviceInfoSpec& d = *source.device_information;
+    const DeviceInfoModel& d = *source.device_information;
     auto device = std::make_shared<platform::DeviceInformation>();
     device->id = d.id;
     device->name = d.name;
@@ -22,10 +22,10 @@ platform::SourceInfo source_info_of(const SourceSpec& source) {
 }
 
 VirtualSourceGroup::VirtualSourceGroup(std::shared_ptr<GroupState> group)
-    : group_(std::move(group)), id_(group_->spec.id), display_name_(group_->spec.display_name) {
-  if (group_->spec.source_infos_missing) return;
+    : group_(std::move(group)), id_(group_->model.id), display_name_(group_->model.display_name) {
+  if (group_->model.source_infos_missing) return;
   infos_.emplace();
-  for (const auto& source : group_->spec.sources) infos_->push_back(source_info_of(source));
+  for (const auto& source : group_->model.sources) infos_->push_back(source_info_of(source));
 }
 
 }  // namespace vexcap::virtual_camera

@@ -28,23 +28,23 @@ class VirtualSourceGroup : public platform::SourceGroup {
 
 class VirtualFrameFormat : public platform::FrameFormat {
  public:
-  explicit VirtualFrameFormat(FormatSpec spec) : spec_(std::move(spec)) {}
-  std::wstring major_type() const override { return spec_.major_type; }
-  std::wstring subtype() const override { return spec_.subtype; }
-  std::uint32_t width() const override { return spec_.width; }
-  std::uint32_t height() const override { return spec_.height; }
-  std::uint32_t frame_rate_numerator() const override { return spec_.frame_rate_numerator; }
-  std::uint32_t frame_rate_denominator() const override { return spec_.frame_rate_denominator; }
+  explicit VirtualFrameFormat(FormatModel model) : model_(std::move(model)) {}
+  std::wstring major_type() const override { return model_.major_type; }
+  std::wstring subtype() const override { return model_.subtype; }
+  std::uint32_t width() const override { return model_.width; }
+  std::uint32_t height() const override { return model_.height; }
+  std::uint32_t frame_rate_numerator() const override { return model_.frame_rate_numerator; }
+  std::uint32_t frame_rate_denominator() const override { return model_.frame_rate_denominator; }
   std::optional<std::wstring> rotation_text() const override {
-    if (!spec_.rotation) return std::nullopt;
-    return std::to_wstring(*spec_.rotation);
+    if (!model_.rotation) return std::nullopt;
+    return std::to_wstring(*model_.rotation);
   }
-  const FormatSpec& spec() const { return spec_; }
+  const FormatModel& model() const { return model_; }
 
  private:
-  FormatSpec spec_;
+  FormatModel model_;
 };
 
-platform::SourceInfo source_info_of(const SourceSpec& source);
+platform::SourceInfo source_info_of(const SourceModel& source);
 
 }  // namespace vexcap::virtual_camera

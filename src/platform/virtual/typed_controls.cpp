@@ -18,10 +18,10 @@ void SourceHandle::require_control() const {
 namespace {
 
 // The control's live settings; the scenario may have taken the control away since it was fetched.
-template <typename Spec>
-Spec& settings(std::optional<Spec>& spec) {
-  if (!spec) throw PlatformError(HR_NOINTERFACE, L"No such interface supported");
-  return *spec;
+template <typename Settings>
+Settings& settings(std::optional<Settings>& model) {
+  if (!model) throw PlatformError(HR_NOINTERFACE, L"No such interface supported");
+  return *model;
 }
 
 [[noreturn]] void invalid_value() { throw PlatformError(HR_INVALIDARG, L"The parameter is incorrect."); }
@@ -29,7 +29,7 @@ Spec& settings(std::optional<Spec>& spec) {
 
 // Reads and writes of one control's live settings under the World lock. A write first passes
 // the call's fault, then the sharing rule and the supported flag.
-template <typename Spec, std::optional<Spec> SourceSpec::*member>
+template <typename Settings, std::optional<Settings> SourceModel::*member>
 class ControlAccess : protected SourceHandle {
  public:
   using SourceHandle::SourceHandle;
@@ -49,24 +49,24 @@ class ControlAccess : protected SourceHandle {
   }
 };
 
-class Exposure : public platform::ExposureControl, ControlAccess<ExposureSpec, &SourceSpec::exposure> {
+class Exposure : public platform::ExposureControl, ControlAccess<ExposureModel, &SourceModel::exposure> {
  public:
   using ControlAccess::ControlAccess;
-  bool supported() override { return read([](ExposureSpec& s) { return s.supported; }); }
-  bool auto_enabled() override { return read([](ExposureSpec& s) { return s.auto_enabled; }); }
-  std::int64_t min() override { return read([](ExposureSpec& s) { return s.min; }); }
-  std::int64_t max() override { return read([](ExposureSpec& s) { return s.max; }); }
-  std::int64_t step() override { return read([](ExposureSpec& s) { return s.step; }); }
-  std::int64_t value() override { return read([](ExposureSpec& s) { return s.value; }); }
+  bool supported() override { return read([](ExposureModel& s) { return s.supported; }); }
+  bool auto_enabled() override { return read([](ExposureModel& s) { return s.auto_enabled; }); }
+  std::int64_t min() override { return read([](ExposureModel& s) { return s.min; }); }
+  std::int64_t max() override { return read([](ExposureModel& s) { return s.max; }); }
+  std::int64_t step() override { return read([](ExposureModel& s) { return s.step; }); }
+  std::int64_t value() override { return read([](ExposureModel& s) { return s.value; }); }
   void set_value(std::int64_t value) override {
-    write([&](ExposureSpec& s) {
+    write([&](ExposureModel& s) {
       if (value < s.min || value > s.max) invalid_value();
       s.value = value;
       record(ControlKind::ExposureValue, double(value));
     });
   }
   void set_auto(bool enabled) override {
-    write([&](ExposureSpec& s) {
+    write([&](ExposureModel& s) {
       s.auto_enabled = enabled;
       record(ControlKind::ExposureAuto, enabled ? 1 : 0);
     });
@@ -74,15 +74,15 @@ class Exposure : public platform::ExposureControl, ControlAccess<ExposureSpec, &
 
 };
 
-class IsoSpeed : public platform::IsoSpeedControl, ControlAccess<IsoSpeedSpec, &SourceSpec::iso_speed> {
+class IsoSpeed : public platform::IsoSpeedControl, ControlAccess<IsoSpeedModel, &SourceModel::iso_speed> {
  public:
   using ControlAccess::ControlAccess;
-  bool supported() override { return read([](IsoSpeedSpec& s) { return s.supported; }); }
-  std::uint32_t min() override { return read([](IsoSpeedSpec& s) { return s.min; }); }
-  std::uint32_t max() override { return read([](IsoSpeedSpec& s) { return s.max; }); }
-  std::uint32_t value() override { return read([](IsoSpeedSpec& s) { return s.value; }); }
+  bool supported() override { return read([](IsoSpeedModel& s) { return s.supported; }); }
+  std::uint32_t min() override { return read([](IsoSpeedModel& s) { return s.min; }); }
+  std::uint32_t max() override { return read([](IsoSpeedModel& s) { return s.max; }); }
+  std::uint32_t value() override { return read([](IsoSpeedModel& s) { return s.value; }); }
   void set_value(std::uint32_t value) override {
-    write([&](IsoSpeedSpec& s) {
+    write([&](IsoSpeedModel& s) {
       if (value < s.min || value > s.max) invalid_value();
       s.value = value;
       record(ControlKind::IsoSpeed, value);
@@ -91,21 +91,21 @@ class IsoSpeed : public platform::IsoSpeedControl, ControlAccess<IsoSpeedSpec, &
 
 };
 
-class Torch : public platform::TorchControl, ControlAccess<TorchSpec, &SourceSpec::torch> {
+class Torch : public platform::TorchControl, ControlAccess<TorchModel, &SourceModel::torch> {
  public:
   using ControlAccess::ControlAccess;
-  bool supported() override { return read([](TorchSpec& s) { return s.supported; }); }
-  bool power_supported() override { return read([](TorchSpec& s) { return s.power_supported; }); }
-  bool enabled() override { return read([](TorchSpec& s) { return s.enabled; }); }
-  float power_percent() override { return read([](TorchSpec& s) { return s.power_percent; }); }
+  bool supported() override { return read([](TorchModel& s) { return s.supported; }); }
+  bool power_supported() override { return read([](TorchModel& s) { return s.power_supported; }); }
+  bool enabled() override { return read([](TorchModel& s) { return s.enabled; }); }
+  float power_percent() override { return read([](TorchModel& s) { return s.power_percent; }); }
   void set_enabled(bool enabled) override {
-    write([&](TorchSpec& s) {
+    write([&](TorchModel& s) {
       s.enabled = enabled;
       record(ControlKind::TorchEnabled, enabled ? 1 : 0);
     });
   }
   void set_power_percent(float percent) override {
-    write([&](TorchSpec& s) {
+    write([&](TorchModel& s) {
       if (!s.power_supported) unsupported();
       if (!(percent >= 0.0f && percent <= 100.0f)) invalid_value();
       s.power_percent = percent;
@@ -115,24 +115,24 @@ class Torch : public platform::TorchControl, ControlAccess<TorchSpec, &SourceSpe
 
 };
 
-class InfraredTorch : public platform::InfraredTorchControl, ControlAccess<InfraredTorchSpec, &SourceSpec::infrared_torch> {
+class InfraredTorch : public platform::InfraredTorchControl, ControlAccess<InfraredTorchModel, &SourceModel::infrared_torch> {
  public:
   using ControlAccess::ControlAccess;
-  bool is_supported() override { return read([](InfraredTorchSpec& s) { return s.supported; }); }
-  platform::InfraredTorchMode current_mode() override { return read([](InfraredTorchSpec& s) { return s.mode; }); }
-  std::int32_t min_power() override { return read([](InfraredTorchSpec& s) { return s.min_power; }); }
-  std::int32_t max_power() override { return read([](InfraredTorchSpec& s) { return s.max_power; }); }
-  std::int32_t power_step() override { return read([](InfraredTorchSpec& s) { return s.power_step; }); }
-  std::int32_t power() override { return read([](InfraredTorchSpec& s) { return s.power; }); }
+  bool is_supported() override { return read([](InfraredTorchModel& s) { return s.supported; }); }
+  platform::InfraredTorchMode current_mode() override { return read([](InfraredTorchModel& s) { return s.mode; }); }
+  std::int32_t min_power() override { return read([](InfraredTorchModel& s) { return s.min_power; }); }
+  std::int32_t max_power() override { return read([](InfraredTorchModel& s) { return s.max_power; }); }
+  std::int32_t power_step() override { return read([](InfraredTorchModel& s) { return s.power_step; }); }
+  std::int32_t power() override { return read([](InfraredTorchModel& s) { return s.power; }); }
   void set_current_mode(platform::InfraredTorchMode mode) override {
-    write([&](InfraredTorchSpec& s) {
+    write([&](InfraredTorchModel& s) {
       if (std::find(s.modes.begin(), s.modes.end(), mode) == s.modes.end()) invalid_value();
       s.mode = mode;
       record(ControlKind::InfraredTorchMode, double(static_cast<std::int32_t>(mode)));
     });
   }
   void set_power(std::int32_t power) override {
-    write([&](InfraredTorchSpec& s) {
+    write([&](InfraredTorchModel& s) {
       if (power < s.min_power || power > s.max_power) invalid_value();
       s.power = power;
       record(ControlKind::InfraredTorchPower, power);
@@ -142,10 +142,10 @@ class InfraredTorch : public platform::InfraredTorchControl, ControlAccess<Infra
 };
 
 // A control the source lacks is no object at all.
-template <typename Control, typename Spec>
-std::shared_ptr<Control> make_if(const std::optional<Spec>& spec, std::shared_ptr<World> world,
+template <typename Control, typename Settings>
+std::shared_ptr<Control> make_if(const std::optional<Settings>& model, std::shared_ptr<World> world,
                                  std::shared_ptr<GroupState> group, std::size_t index, bool exclusive) {
-  if (!spec) return nullptr;
+  if (!model) return nullptr;
   return std::make_shared<Control>(std::move(world), std::move(group), index, exclusive);
 }
 

@@ -17,16 +17,16 @@ void reset() {
 
 VirtualRuntime& runtime() { return virtual_platform().runtime(); }
 
-void add_group(GroupSpec group) { world().add_group(std::move(group)); }
+void add_group(GroupModel group) { world().add_group(std::move(group)); }
 void remove_group(const std::wstring& group_id) { world().remove_group(group_id); }
 void set_group_enabled(const std::wstring& group_id, bool enabled) { world().set_group_enabled(group_id, enabled); }
 void rename_group(const std::wstring& group_id, std::wstring display_name) {
   world().rename_group(group_id, std::move(display_name));
 }
 
-bool edit_source(const std::wstring& group_id, std::size_t index, const std::function<void(SourceSpec&)>& edit) {
+bool edit_source(const std::wstring& group_id, std::size_t index, const std::function<void(SourceModel&)>& edit) {
   bool found = false;
-  world().edit_group(group_id, [&](GroupSpec& group) {
+  world().edit_group(group_id, [&](GroupModel& group) {
     if (index >= group.sources.size()) return;
     edit(group.sources[index]);
     found = true;
@@ -34,11 +34,11 @@ bool edit_source(const std::wstring& group_id, std::size_t index, const std::fun
   return found;
 }
 
-bool edit_ks(const std::wstring& group_id, const std::function<void(KsDeviceSpec&)>& edit) {
-  return world().edit_group(group_id, [&](GroupSpec& group) { edit(group.ks); });
+bool edit_ks(const std::wstring& group_id, const std::function<void(KsDeviceModel&)>& edit) {
+  return world().edit_group(group_id, [&](GroupModel& group) { edit(group.ks); });
 }
 
-std::optional<GroupSpec> group_state(const std::wstring& group_id) { return world().group_spec(group_id); }
+std::optional<GroupModel> group_state(const std::wstring& group_id) { return world().group_model(group_id); }
 
 int session_count(const std::wstring& group_id, std::optional<platform::SharingMode> mode) {
   return world().session_count(group_id, mode);

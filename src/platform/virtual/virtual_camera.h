@@ -23,15 +23,15 @@ void reset();
 VirtualRuntime& runtime();
 
 // ---- Devices while running (device watchers hear of these) ----
-void add_group(GroupSpec group);
+void add_group(GroupModel group);
 void remove_group(const std::wstring& group_id);  // open sessions on it fail
 void set_group_enabled(const std::wstring& group_id, bool enabled);  // disabling fails sessions
 void rename_group(const std::wstring& group_id, std::wstring display_name);
 
 // ---- Live state (no events): edit or read a present group's sources and driver state ----
-bool edit_source(const std::wstring& group_id, std::size_t index, const std::function<void(SourceSpec&)>& edit);
-bool edit_ks(const std::wstring& group_id, const std::function<void(KsDeviceSpec&)>& edit);
-std::optional<GroupSpec> group_state(const std::wstring& group_id);
+bool edit_source(const std::wstring& group_id, std::size_t index, const std::function<void(SourceModel&)>& edit);
+bool edit_ks(const std::wstring& group_id, const std::function<void(KsDeviceModel&)>& edit);
+std::optional<GroupModel> group_state(const std::wstring& group_id);
 // Sessions initialized on a group, of one sharing mode or of any.
 int session_count(const std::wstring& group_id, std::optional<platform::SharingMode> mode = std::nullopt);
 

@@ -16,7 +16,10 @@ std::vector<std::shared_ptr<platform::SourceGroup>> VirtualPlatform::find_all_so
   auto groups = world_->groups();
   std::lock_guard lock(world_->mutex());
   for (auto& group : groups)
-    if (group->spec.enabled) result.push_back(std::make_shared<VirtualSourceGroup>(group));
+    if (group->model.null_in_enumeration)
+      result.push_back(nullptr);
+    else if (group->model.enabled)
+      result.push_back(std::make_shared<VirtualSourceGroup>(group));
   return result;
 }
 

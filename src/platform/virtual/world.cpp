@@ -10,7 +10,7 @@ using platform::ExclusiveControlStatus;
 using platform::PlatformError;
 using platform::SharingMode;
 
-platform::DeviceInformation device_information_of(const GroupSpec& group) {
+platform::DeviceInformation device_information_of(const GroupModel& group) {
   platform::DeviceInformation info;
   info.id = group.id;
   info.name = group.display_name;
@@ -31,7 +31,7 @@ void World::use_scenario(Scenario scenario) {
   std::lock_guard lock(mutex_);
   for (auto& group : groups_) group->removed = true;  // objects still holding them go quiet
   groups_.clear();
-  for (auto& spec : scenario.groups) groups_.push_back(std::make_shared<GroupState>(GroupState{std::move(spec), false}));
+  for (auto& model : scenario.groups) groups_.push_back(std::make_shared<GroupState>(GroupState{std::move(model), false}));
   clock_ = std::make_shared<Clock>(scenario.clock);
 }
 
@@ -48,31 +48,31 @@ std::vector<std::shared_ptr<GroupState>> World::groups() {
 std::shared_ptr<GroupState> World::find_group(const std::wstring& id) {
   std::lock_guard lock(mutex_);
   for (auto& group : groups_)
-    if (group->spec.id == id) return group;
+    if (group->model.id == id) return group;
   return nullptr;
 }
 
-bool World::edit_group(const std::wstring& id, const std::function<void(GroupSpec&)>& edit) {
+bool World::edit_group(const std::wstring& id, const std::function<void(GroupModel&)>& edit) {
   std::lock_guard lock(mutex_);
   for (auto& group : groups_)
-    if (group->spec.id == id) return edit(group->spec), true;
+    if (group->model.id == id) return edit(group->model), true;
   return false;
 }
 
-std::optional<GroupSpec> World::group_spec(const std::wstring& id) {
+std::optional<GroupModel> World::group_model(const std::wstring& id) {
   std::lock_guard lock(mutex_);
   for (auto& group : groups_)
-    if (group->spec.id == id) return group->spec;
+    if (group->model.id == id) return group->model;
   return std::nullopt;
 }
 
 // ---- Devices ---------------------------------------------------------------------------------
 
-void World::add_group(GroupSpec spec) {
+void World::add_group(GroupModel model) {
   std::vector<std::shared_ptr<WatcherSink>> keep;
   std::lock_guard lock(mutex_);
-  auto info = device_information_of(spec);
-  groups_.push_back(std::make_shared<GroupState>(GroupState{std::move(spec), false}));
+  auto info = device_information_of(model);
+  groups_.push_back(std::make_shared<GroupState>(GroupState{std::move(model), false}));
   keep = live_watchers();
   for (auto& watcher : keep) watcher->post_added(info);
 }
@@ -81,7 +81,7 @@ void World::remove_group(const std::wstring& id) {
   std::vector<std::shared_ptr<WatcherSink>> keep_watchers;
   std::vector<std::shared_ptr<SessionSink>> keep_sessions;
   std::lock_guard lock(mutex_);
-  auto it = std::find_if(groups_.begin(), groups_.end(), [&](auto& g) { return g->spec.id == id; });
+  auto it = std::find_if(groups_.begin(), groups_.end(), [&](auto& g) { return g->model.id == id; });
   if (it == groups_.end()) return;
   auto group = *it;
   groups_.erase(it);
@@ -96,9 +96,9 @@ void World::set_group_enabled(const std::wstring& id, bool enabled) {
   std::vector<std::shared_ptr<WatcherSink>> keep_watchers;
   std::vector<std::shared_ptr<SessionSink>> keep_sessions;
   std::lock_guard lock(mutex_);
-  auto it = std::find_if(groups_.begin(), groups_.end(), [&](auto& g) { return g->spec.id == id; });
-  if (it == groups_.end() || (*it)->spec.enabled == enabled) return;
-  (*it)->spec.enabled = enabled;
+  auto it = std::find_if(groups_.begin(), groups_.end(), [&](auto& g) { return g->model.id == id; });
+  if (it == groups_.end() || (*it)->model.enabled == enabled) return;
+  (*it)->model.enabled = enabled;
   keep_watchers = live_watchers();
   for (auto& watcher : keep_watchers) watcher->post_updated(id);
   if (!enabled)
@@ -110,8 +110,8 @@ void World::rename_group(const std::wstring& id, std::wstring display_name) {
   std::vector<std::shared_ptr<WatcherSink>> keep;
   std::lock_guard lock(mutex_);
   for (auto& group : groups_) {
-    if (group->spec.id != id) continue;
-    group->spec.display_name = std::move(display_name);
+    if (group->model.id != id) continue;
+    group->model.display_name = std::move(display_name);
     keep = live_watchers();
     for (auto& watcher : keep) watcher->post_updated(id);
     return;
@@ -145,7 +145,7 @@ void World::open_session(const std::shared_ptr<SessionSink>& session, const std:
                          SharingMode mode) {
   std::vector<std::shared_ptr<SessionSink>> keep;
   std::lock_guard lock(mutex_);
-  if (group->removed || !group->spec.enabled)
+  if (group->removed || !group->model.enabled)
     throw PlatformError(ids::kDeviceInvalidated, L"The video recording device is no longer present.");
   if (mode == SharingMode::ExclusiveControl) {
     if (exclusive_held_by_other(*group, session.get()))
@@ -153,7 +153,7 @@ void World::open_session(const std::shared_ptr<SessionSink>& session, const std:
                           L"The hardware MFT failed to start streaming due to lack of hardware resources.");
     keep = sessions_of(group.get(), session.get());
     for (auto& other : keep)
-      other->post_exclusive_control_changed({group->spec.id.value_or(L""), ExclusiveControlStatus::SharedReadOnlyAvailable});
+      other->post_exclusive_control_changed({group->model.id.value_or(L""), ExclusiveControlStatus::SharedReadOnlyAvailable});
   }
   sessions_.push_back({session, session.get(), group, mode});
 }
@@ -168,13 +168,13 @@ void World::close_session(const SessionSink* session) {
   if (entry.mode != SharingMode::ExclusiveControl) return;
   keep = sessions_of(entry.group.get(), nullptr);
   for (auto& other : keep)
-    other->post_exclusive_control_changed({entry.group->spec.id.value_or(L""), ExclusiveControlStatus::ExclusiveControlAvailable});
+    other->post_exclusive_control_changed({entry.group->model.id.value_or(L""), ExclusiveControlStatus::ExclusiveControlAvailable});
 }
 
 int World::session_count(const std::wstring& group_id, std::optional<SharingMode> mode) {
   std::lock_guard lock(mutex_);
   return int(std::count_if(sessions_.begin(), sessions_.end(), [&](const SessionEntry& e) {
-    return e.group->spec.id == group_id && (!mode || e.mode == *mode);
+    return e.group->model.id == group_id && (!mode || e.mode == *mode);
   }));
 }
 
@@ -182,7 +182,7 @@ void World::raise_failed(hresult code, const std::wstring& message, const std::o
   std::vector<std::shared_ptr<SessionSink>> keep;
   std::lock_guard lock(mutex_);
   for (auto& entry : sessions_) {
-    if (group_id && entry.group->spec.id != *group_id) continue;
+    if (group_id && entry.group->model.id != *group_id) continue;
     if (auto sink = entry.sink.lock()) {
       sink->post_failed({code, message});
       keep.push_back(std::move(sink));
@@ -202,7 +202,7 @@ std::vector<std::shared_ptr<WatcherSink>> World::live_watchers() {
 void World::start_watcher(const std::shared_ptr<WatcherSink>& watcher) {
   std::lock_guard lock(mutex_);
   watchers_.emplace_back(watcher, watcher.get());
-  for (auto& group : groups_) watcher->post_added(device_information_of(group->spec));
+  for (auto& group : groups_) watcher->post_added(device_information_of(group->model));
 }
 
 void World::stop_watcher(const WatcherSink* watcher) {

@@ -49,7 +49,7 @@ struct CallFault {
 
 // The live state of one source group. Removed groups stay valid for the objects that hold them.
 struct GroupState {
-  GroupSpec spec;
+  GroupModel model;
   bool removed = false;
 };
 
@@ -83,11 +83,11 @@ class World {
   std::shared_ptr<GroupState> find_group(const std::wstring& id);
   // Changes a present group's live state in place, without events; false when no such group.
   // `edit` runs under the World lock and must not call back into the virtual camera.
-  bool edit_group(const std::wstring& id, const std::function<void(GroupSpec&)>& edit);
-  std::optional<GroupSpec> group_spec(const std::wstring& id);
+  bool edit_group(const std::wstring& id, const std::function<void(GroupModel&)>& edit);
+  std::optional<GroupModel> group_model(const std::wstring& id);
 
   // ---- Devices coming, going and changing (watchers hear of it) ----
-  void add_group(GroupSpec group);
+  void add_group(GroupModel group);
   void remove_group(const std::wstring& id);
   void set_group_enabled(const std::wstring& id, bool enabled);
   void rename_group(const std::wstring& id, std::wstring display_name);
@@ -156,6 +156,6 @@ class World {
   Records records_;
 };
 
-platform::DeviceInformation device_information_of(const GroupSpec& group);
+platform::DeviceInformation device_information_of(const GroupModel& group);
 
 }  // namespace vexcap::virtual_camera
