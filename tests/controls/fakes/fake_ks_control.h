@@ -71,7 +71,7 @@ class FakeKsControl final : public platform::KsControl {
     }
     const KsReply& reply = found->second;
     const std::size_t copied = std::min<std::size_t>(reply.data.size(), data_size);
-    std::memcpy(data, reply.data.data(), copied);
+    if (copied > 0) std::memcpy(data, reply.data.data(), copied);
     *bytes_returned = reply.returned.value_or(static_cast<std::uint32_t>(copied));
     return reply.result;
   }
