@@ -12,6 +12,7 @@ namespace {
 
 // Pause between two initialization attempts, so a camera that keeps failing does not spin.
 constexpr auto kRetryPause = std::chrono::milliseconds(100);
+constexpr auto kWorkerJoinLimit = std::chrono::milliseconds(5000);
 
 }  // namespace
 
@@ -56,7 +57,14 @@ hresult Device::open_client(const std::shared_ptr<client::VexCap>& client,
 hresult Device::close() {
   exclusive_->clear();
   shared_->clear();
+  replace_worker(worker_a_, nullptr);
+  replace_worker(worker_b_, nullptr);
   return HR_OK;
+}
+
+void Device::replace_worker(std::unique_ptr<WorkerThread>& slot, std::unique_ptr<WorkerThread> next) {
+  if (slot && !slot->join_for(kWorkerJoinLimit)) VXLOG('W', "Timeout waiting for previous thread to finish!");
+  slot = std::move(next);  // a thread still running is abandoned by its handle's release
 }
 
 }  // namespace vexcap::api

@@ -7,6 +7,7 @@
 
 #include "client/vexcap_client.h"
 #include "common/hresult.h"
+#include "common/worker_thread.h"
 #include "vexcap/vexcap.h"
 
 namespace vexcap::api {
@@ -23,6 +24,11 @@ class Device {
   // Stops the exclusive client before the shared one.
   hresult close();
 
+  // The device's two worker threads (an unsupported-format notification, and one more). A
+  // replaced or closed slot waits up to 5000 ms for its previous thread.
+  void replace_worker_a(std::unique_ptr<WorkerThread> next) { replace_worker(worker_a_, std::move(next)); }
+  void replace_worker_b(std::unique_ptr<WorkerThread> next) { replace_worker(worker_b_, std::move(next)); }
+
   const std::shared_ptr<client::VexCap>& exclusive_client() const { return exclusive_; }
   const std::shared_ptr<client::VexCap>& shared_client() const { return shared_; }
   // The client a stream selector picks: 1 the exclusive client, anything else the shared one.
@@ -36,8 +42,12 @@ class Device {
   hresult open_client(const std::shared_ptr<client::VexCap>& client, const std::wstring& device_id,
                       const vexcap_open_params& params);
 
+  static void replace_worker(std::unique_ptr<WorkerThread>& slot, std::unique_ptr<WorkerThread> next);
+
   std::shared_ptr<client::VexCap> shared_;
   std::shared_ptr<client::VexCap> exclusive_;
+  std::unique_ptr<WorkerThread> worker_a_;
+  std::unique_ptr<WorkerThread> worker_b_;
 };
 
 }  // namespace vexcap::api
