@@ -18,6 +18,7 @@
 #include "common/manual_reset_event.h"
 #include "controls/extended_properties.h"
 #include "controls/extension_unit.h"
+#include "frames/control_tracker.h"
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
 
@@ -66,6 +67,8 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   // The frame source's controller, for the extended properties.
   controls::PropertyTarget property_target() const;
   bool has_source_group() const { return source_group_ != nullptr; }
+  // The controls this client set last, for the frames it reads.
+  frames::ControlTracker& control_tracker() { return control_tracker_; }
 
  private:
   explicit VexCap(std::uint32_t stream_mode);
@@ -109,6 +112,7 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   std::array<wchar_t, kDeviceIdCapacity> device_id_{};
 
   bool rgb_disabled_ = false;  // set for good when the host switches the colour stream off
+  frames::ControlTracker control_tracker_;
 };
 
 }  // namespace vexcap::client
