@@ -4,6 +4,8 @@
 #include <thread>
 
 #include "api/client_init_thread.h"
+#include "controls/exposure_iso.h"
+#include "controls/led_torch.h"
 #include "log/log.h"
 
 namespace vexcap::api {
@@ -65,6 +67,41 @@ hresult Device::close() {
 void Device::replace_worker(std::unique_ptr<WorkerThread>& slot, std::unique_ptr<WorkerThread> next) {
   if (slot && !slot->join_for(kWorkerJoinLimit)) VXLOG('W', "Timeout waiting for previous thread to finish!");
   slot = std::move(next);  // a thread still running is abandoned by its handle's release
+}
+
+hresult Device::set_exposure(std::int64_t exposure) {
+  const hresult result = controls::set_exposure(*exclusive_, exposure);
+  if (result == HR_OK) shared_->control_tracker().store_exposure(static_cast<std::uint64_t>(exposure));
+  return result;
+}
+
+hresult Device::set_iso_speed(std::uint32_t iso_speed) {
+  const hresult result = controls::set_iso_speed(*exclusive_, iso_speed);
+  if (result == HR_OK) shared_->control_tracker().store_iso_speed(iso_speed);
+  return result;
+}
+
+hresult Device::set_led_power(std::uint32_t power) {
+  const hresult result = controls::set_led_power(*exclusive_, power);
+  if (result == HR_OK) shared_->control_tracker().store_led_power(power);
+  return result;
+}
+
+hresult Device::get_exposure(std::uint64_t& exposure) {
+  return controls::get_exposure(*exclusive_, exposure);
+}
+
+hresult Device::get_iso_speed(std::uint32_t& iso_speed) {
+  controls::ExtensionUnit* unit = exclusive_->extension_unit();
+  return unit != nullptr ? unit->read_gain(iso_speed) : HR_FAIL;
+}
+
+hresult Device::get_led_power(std::uint32_t& power) {
+  power = 0;
+  const hresult torch = controls::get_torch_power(*exclusive_, power);
+  if (torch == HR_OK) return HR_OK;
+  controls::ExtensionUnit* unit = exclusive_->extension_unit();
+  return unit != nullptr ? unit->read_led_power(power) : HR_FAIL;
 }
 
 }  // namespace vexcap::api

@@ -1,6 +1,7 @@
 // A device: one camera opened twice, through an exclusive and a shared capture client.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -28,6 +29,16 @@ class Device {
   // replaced or closed slot waits up to 5000 ms for its previous thread.
   void replace_worker_a(std::unique_ptr<WorkerThread> next) { replace_worker(worker_a_, std::move(next)); }
   void replace_worker_b(std::unique_ptr<WorkerThread> next) { replace_worker(worker_b_, std::move(next)); }
+
+  // Controls run on the exclusive client; a set that succeeded also gives the shared client's
+  // tracker the requested value (not a clamped one), so frames of either client report it.
+  hresult set_exposure(std::int64_t exposure);
+  hresult set_iso_speed(std::uint32_t iso_speed);
+  hresult set_led_power(std::uint32_t power);
+  hresult get_exposure(std::uint64_t& exposure);
+  hresult get_iso_speed(std::uint32_t& iso_speed);  // the extension unit's gain alone
+  // The torch's power, or the extension unit's LED power when the torch does not answer.
+  hresult get_led_power(std::uint32_t& power);
 
   const std::shared_ptr<client::VexCap>& exclusive_client() const { return exclusive_; }
   const std::shared_ptr<client::VexCap>& shared_client() const { return shared_; }

@@ -57,6 +57,13 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
       return stop_streaming(*from_param<vexcap_device>(lparam), false);
     case kMsgStopStreamingEx:
       return stop_streaming(*from_param<vexcap_device>(lparam), true);
+    case kMsgSetExposure:
+    case kMsgSetIsoSpeed:
+    case kMsgSetLedPower:
+    case kMsgGetExposure:
+    case kMsgGetIsoSpeed:
+    case kMsgGetLedPower:
+      return run_control(message, wparam, *from_param<vexcap_device>(lparam));
 
     // Requests whose handlers the library does not have yet.
     case kMsgDeviceCapabilities:
@@ -64,12 +71,6 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
     case kMsgSourceGroupType:
     case kMsgTargetedLocation:
     case kMsgSourceGroupTypeForVidPid:
-    case kMsgSetExposure:
-    case kMsgSetIsoSpeed:
-    case kMsgSetLedPower:
-    case kMsgGetExposure:
-    case kMsgGetIsoSpeed:
-    case kMsgGetLedPower:
     case kMsgSetDeviceProperty:
     case kMsgGetDeviceProperty:
     case kMsgRegisterExclusiveControl:
@@ -126,6 +127,26 @@ hresult Dispatcher::stop_streaming(const vexcap_device& handle, bool by_selector
   std::shared_ptr<client::VexCap> client =
       by_selector ? device->client_for_selector(handle.stream_selector) : device->shared_client();
   return client->stop_streaming();
+}
+
+hresult Dispatcher::run_control(std::uint32_t message, std::uintptr_t wparam,
+                                const vexcap_device& handle) {
+  const std::shared_ptr<Device>& device = device_slot(handle);
+  if (!device) return HR_INVALID_STATE;
+  switch (message) {
+    case kMsgSetExposure:
+      return device->set_exposure(from_param<ValueArg<std::int64_t>>(wparam)->value);
+    case kMsgSetIsoSpeed:
+      return device->set_iso_speed(from_param<ValueArg<std::uint32_t>>(wparam)->value);
+    case kMsgSetLedPower:
+      return device->set_led_power(from_param<ValueArg<std::uint32_t>>(wparam)->value);
+    case kMsgGetExposure:
+      return device->get_exposure(*from_param<std::uint64_t>(wparam));
+    case kMsgGetIsoSpeed:
+      return device->get_iso_speed(*from_param<std::uint32_t>(wparam));
+    default:  // kMsgGetLedPower
+      return device->get_led_power(*from_param<std::uint32_t>(wparam));
+  }
 }
 
 std::shared_ptr<Device>& Dispatcher::device_slot(const vexcap_device& handle) {
