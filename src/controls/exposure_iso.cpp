@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "client/vexcap_client.h"
+#include "controls/platform_failure.h"
 #include "log/log.h"
 #include "platform/port.h"
 
@@ -55,7 +56,7 @@ hresult set_exposure(client::VexCap& client, std::int64_t exposure) {
     }
     exposure_control(client)->set_value(exposure);
   } catch (const platform::PlatformError& error) {
-    return error.code();  // ends the request without a log line
+    return failure_code(error);  // ends the request without a log line
   }
   client.control_tracker().store_exposure(static_cast<std::uint64_t>(exposure));
   return HR_OK;
@@ -109,7 +110,7 @@ hresult set_auto_exposure_mode(client::VexCap& client, std::uint32_t mode) {
     return HR_OK;
   } catch (const platform::PlatformError& error) {
     VXLOG('I', "Setting auto exposure mode exception: %ws", error.message().c_str());
-    return error.code();
+    return failure_code(error);
   }
 }
 

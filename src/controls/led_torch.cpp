@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "client/vexcap_client.h"
+#include "controls/platform_failure.h"
 #include "log/log.h"
 #include "platform/port.h"
 
@@ -61,7 +62,7 @@ hresult enable_led_power_control(client::VexCap& client, bool enable) {
     return HR_OK;
   } catch (const platform::PlatformError& error) {
     VXLOG('I', "enable_led_power_control-> exception: %ws", error.message().c_str());
-    return error.code();
+    return failure_code(error);
   }
 }
 
@@ -83,7 +84,7 @@ hresult set_torch_power(client::VexCap& client, std::int32_t power) {
     return HR_OK;
   } catch (const platform::PlatformError& error) {
     VXLOG('I', "TorchControl-> exception: %ws", error.message().c_str());
-    return error.code();
+    return failure_code(error);
   }
 }
 
@@ -105,7 +106,7 @@ hresult get_torch_power(client::VexCap& client, std::uint32_t& power) {
     return HR_OK;
   } catch (const platform::PlatformError& error) {
     VXLOG('I', "TorchControl-> exception: %ws", error.message().c_str());
-    return error.code();
+    return failure_code(error);
   }
 }
 

@@ -175,5 +175,15 @@ TEST_F(ExposureIso, ExposureSetFailureEndsQuietlyAndLeavesTheTrackers) {
   EXPECT_FALSE(settled(*device.exclusive_client()).report_exposure);
 }
 
+TEST_F(ExposureIso, SettingTheStoredIsoAgainLeavesTheSharedCountRunning) {
+  api::Device& device = open(vc::default_scenario(), kColour);
+  frames::ControlTracker& shared = device.shared_client()->control_tracker();
+  ASSERT_EQ(device.set_iso_speed(90), HR_OK);
+  for (int frame = 0; frame < 3; ++frame) shared.next_frame();
+  ASSERT_EQ(device.set_iso_speed(90), HR_OK);
+  EXPECT_FALSE(shared.next_frame().report_iso_speed);  // fourth frame since the change
+  EXPECT_TRUE(shared.next_frame().report_iso_speed);   // fifth
+}
+
 }  // namespace
 }  // namespace vexcap::controls
