@@ -200,11 +200,19 @@ typedef void (*vexcap_rgb_stopped_callback)(bool stopped, void* context);
 VEXCAP_API int vexcap_init(void);
 VEXCAP_API int vexcap_exit(void);
 
+/* Sets capabilities[VEXCAP_CAPABILITY_*] to 1 for each source kind of the group whose id equals
+ * group_id exactly; bytes are never cleared, so zero the array first. -1 when no group matches. */
 VEXCAP_API int vexcap_get_device_capabilities(const wchar_t* group_id,
                                               uint8_t capabilities[VEXCAP_CAPABILITY_COUNT]);
+/* Sets locations[panel] to 1 for every source whose device id contains id_text, compared without
+ * regard to case; a source without an enclosure location counts as VEXCAP_PANEL_UNKNOWN. Bytes
+ * are never cleared. -1 when no source matches. */
 VEXCAP_API int vexcap_get_device_locations(const wchar_t* id_text,
                                            uint8_t locations[VEXCAP_PANEL_COUNT]);
+/* VEXCAP_GROUP_TYPE_* of the system's groups; 0 and -1 when there is none. */
 VEXCAP_API int vexcap_get_source_group_type(uint32_t* type);
+/* The VEXCAP_PANEL_* of the first colour or infrared source that reports an enclosure location;
+ * left unchanged when none does. Always 0. */
 VEXCAP_API int vexcap_get_targeted_location(uint32_t* panel);
 /* Returns 1 when the group holds a source whose id contains both texts, else 0. */
 VEXCAP_API int vexcap_is_vidpid_used_by_device(const wchar_t* group_id, const wchar_t* vid,

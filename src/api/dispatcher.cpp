@@ -2,6 +2,7 @@
 
 #include "api/device.h"
 #include "api/messages.h"
+#include "client/discovery.h"
 #include "api/request_args.h"
 #include "log/log.h"
 #include "platform/port.h"
@@ -45,6 +46,21 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
   switch (message) {
     case kMsgRuntimeStartup:
       return runtime_.start();
+    case kMsgDeviceCapabilities:
+      return client::query_device_capabilities(from_param<const wchar_t>(wparam),
+                                               from_param<ResultPointerArg<std::uint8_t>>(lparam)->result);
+    case kMsgDeviceLocations:
+      return client::query_device_locations(from_param<const wchar_t>(wparam),
+                                            from_param<ResultPointerArg<std::uint8_t>>(lparam)->result);
+    case kMsgSourceGroupType:
+      return client::query_source_group_type(from_param<ResultPointerArg<std::uint32_t>>(lparam)->result);
+    case kMsgTargetedLocation:
+      return client::query_targeted_location(from_param<ResultPointerArg<std::uint32_t>>(lparam)->result);
+    case kMsgSourceGroupTypeForVidPid: {
+      const auto* texts = from_param<VidPidTextArgs>(wparam);
+      return client::query_source_group_type_for_vid_pid(
+          texts->vid, texts->pid, from_param<ResultPointerArg<std::uint32_t>>(lparam)->result);
+    }
     case kMsgDeviceOpen:
       return open_device(from_param<const wchar_t>(wparam), *from_param<vexcap_open_params>(lparam));
     case kMsgDeviceClose:
@@ -66,11 +82,6 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
       return run_control(message, wparam, *from_param<vexcap_device>(lparam));
 
     // Requests whose handlers the library does not have yet.
-    case kMsgDeviceCapabilities:
-    case kMsgDeviceLocations:
-    case kMsgSourceGroupType:
-    case kMsgTargetedLocation:
-    case kMsgSourceGroupTypeForVidPid:
     case kMsgSetDeviceProperty:
     case kMsgGetDeviceProperty:
     case kMsgRegisterExclusiveControl:
@@ -88,8 +99,15 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
   }
 }
 
-void Dispatcher::handle_vid_pid_used(std::uintptr_t, std::intptr_t) {
-  // No platform query yet: the boolean keeps the 0 the export placed there.
+void Dispatcher::handle_vid_pid_used(std::uintptr_t wparam, std::intptr_t lparam) {
+  const auto* texts = from_param<VidPidArgs>(lparam);
+  bool used = false;
+  try {
+    client::query_vid_pid_used(from_param<const wchar_t>(wparam), texts->vid, texts->pid, &used);
+  } catch (const platform::PlatformError& error) {
+    VXLOG('E', "exception: %ws", error.message().c_str());
+  }
+  if (used) slots_.boolean = 1;
 }
 
 hresult Dispatcher::open_device(const wchar_t* device_id, const vexcap_open_params& params) {
