@@ -48,6 +48,14 @@ hresult send_request(Context& context, std::uint32_t message, std::uintptr_t wpa
   return context.slots->result.load();
 }
 
+bool notify_capture_failure(const std::shared_ptr<client::VexCap>& client) {
+  Context* context = current_context();
+  if (context == nullptr) return false;
+  std::shared_ptr<client::VexCap> reference = client;  // held for the request
+  send_request(*context, kMsgCaptureFailed, 0, reinterpret_cast<std::intptr_t>(&reference));
+  return true;
+}
+
 int initialize_library() {
   if (current_context() != nullptr) return VEXCAP_OK;  // a second init is a no-op
 

@@ -6,6 +6,10 @@
 
 #include "api/request_transport.h"
 
+namespace vexcap::client {
+class VexCap;
+}
+
 namespace vexcap::api {
 
 struct Context {
@@ -27,5 +31,9 @@ int exit_library();
 // is read before the lock is left, so a caller always reads its own request's result.
 hresult send_request(Context& context, std::uint32_t message, std::uintptr_t wparam,
                      std::intptr_t lparam);
+
+// Hands a capture failure to the request thread (message 1054, under the request lock); false
+// when there is no request thread.
+bool notify_capture_failure(const std::shared_ptr<client::VexCap>& client);
 
 }  // namespace vexcap::api

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "api/client_init_thread.h"
+#include "api/context.h"
 #include "controls/exposure_iso.h"
 #include "controls/led_torch.h"
 #include "log/log.h"
@@ -29,6 +30,8 @@ std::shared_ptr<Device> Device::create() {
     VXLOG('E', "Failed creating shared vexcap");
     return nullptr;
   }
+  // Only the exclusive client subscribes to capture failures; recovery runs on the request thread.
+  exclusive->set_failure_notifier(notify_capture_failure);
   return std::shared_ptr<Device>(new Device(std::move(shared), std::move(exclusive)));
 }
 

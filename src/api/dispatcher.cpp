@@ -65,6 +65,11 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
       return open_device(from_param<const wchar_t>(wparam), *from_param<vexcap_open_params>(lparam));
     case kMsgDeviceClose:
       return close_device(*from_param<vexcap_device>(lparam));
+    case kMsgCaptureFailed: {
+      const std::shared_ptr<client::VexCap> failed_client = *from_param<std::shared_ptr<client::VexCap>>(lparam);
+      failed_client->handle_capture_failure();
+      return HR_OK;
+    }
     case kMsgStartStreaming:
       return start_streaming(*from_param<vexcap_device>(lparam), wparam, false);
     case kMsgStartStreamingEx:
@@ -92,7 +97,6 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
     case kMsgUnregisterUnsupportedFormat:
     case kMsgRegisterRgbStopped:
     case kMsgUnregisterRgbStopped:
-    case kMsgCaptureFailed:
       return HR_NOTIMPL;
     default:
       return HR_NOTIMPL;

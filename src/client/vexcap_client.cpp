@@ -3,6 +3,7 @@
 #include <chrono>
 #include <thread>
 
+#include "api/runtime_startup.h"
 #include "client/platform_names.h"
 #include "client/source_group_dump.h"
 #include "log/log.h"
@@ -202,12 +203,50 @@ controls::PropertyTarget VexCap::property_target() const {
 
 void VexCap::subscribe_to_capture_failures() {
   std::weak_ptr<VexCap> weak = weak_from_this();
-  failed_token_ = capture_->add_failed([weak](const platform::CaptureFailure&) {
+  // The failing instance stays alive while its handler runs, as the event source keeps it.
+  std::weak_ptr<platform::Capture> reporter = capture_;
+  FailureNotifier notify = failure_notifier_;
+  failed_token_ = capture_->add_failed([weak, reporter, notify](const platform::CaptureFailure&) {
     VXLOG('E', "Media capture failed. Notifying the main thread...");
-    // Recovery belongs to the request thread; it is not wired yet, so the failure is only
-    // reported.
-    (void)weak;
+    const std::shared_ptr<platform::Capture> keep_alive = reporter.lock();
+    const std::shared_ptr<VexCap> client = weak.lock();
+    if (!client) return;
+    if (!notify || !notify(client)) VXLOG('E', "No VXC thread");
   });
+}
+
+void VexCap::handle_capture_failure() {
+  VXLOG('E', "Handling the capture failure...");
+  std::lock_guard<std::mutex> lock(failure_lock_);
+  try {
+    if (frame_reader_) {
+      frame_reader_->close();
+      frame_reader_.reset();
+      frame_arrived_token_ = 0;
+      VXLOG('I', "Reader deleted.");
+    }
+    if (capture_) {
+      if (exclusive_control_token_ != 0) {
+        capture_->remove_exclusive_control_status_changed(exclusive_control_token_);
+        exclusive_control_token_ = 0;
+      }
+      capture_->remove_failed(failed_token_);
+      failed_token_ = 0;
+      capture_->close_frame_sources();
+      api::run_shutdown_test(*capture_);  // lets a failed session go before its replacement opens
+      capture_.reset();
+      VXLOG('I', "Media capture frame sources deleted.");
+    }
+    format_table_.clear();
+    initialize_media_capture(source_group_);
+    reader_init(reader_kind_, format_arg1_, format_arg2_);
+    subscribe_to_capture_failures();
+    VXLOG('I', "Reader restarted.");
+  } catch (const PlatformError& error) {
+    VXLOG('E', "Failed restarting failed media capture: %ws", error.message().c_str());
+  }
+  // Deliberately kept: the frame callback, the initialized flag; not restored: the
+  // exclusive-control subscription, a running reader.
 }
 
 // ---- Streaming -----------------------------------------------------------------------------

@@ -8,6 +8,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -48,6 +49,13 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   hresult stop_streaming();
   // Tears the capture instance down (device close, destruction).
   hresult clear();
+
+  // Capture failures are handed to the request thread: the notifier sends the recovery request
+  // and answers false when there is no request thread. Set before initialize.
+  using FailureNotifier = std::function<bool(const std::shared_ptr<VexCap>&)>;
+  void set_failure_notifier(FailureNotifier notifier) { failure_notifier_ = std::move(notifier); }
+  // Recovery on the request thread: a new capture instance and a new, stopped reader.
+  void handle_capture_failure();
 
   std::uint32_t stream_mode() const { return stream_mode_; }
   bool is_exclusive() const { return stream_mode_ == 1; }
@@ -109,6 +117,7 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   void* frame_context_ = nullptr;
 
   std::mutex failure_lock_;  // held for the whole of a capture-failure recovery
+  FailureNotifier failure_notifier_;
   std::array<wchar_t, kDeviceIdCapacity> device_id_{};
 
   bool rgb_disabled_ = false;  // set for good when the host switches the colour stream off
