@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "api/context.h"
+#include "api/device_callbacks.h"
 #include "api/messages.h"
 #include "api/request_args.h"
 #include "api/result_codes.h"
@@ -200,14 +201,13 @@ VEXCAP_API int vexcap_get_dev_property(vexcap_device* device, vexcap_property* p
 // ---- Device callbacks ------------------------------------------------------------------------
 
 VEXCAP_API int vexcap_regiester_for_device_callbacks(vexcap_device_subscription** subscription,
-                                                     const vexcap_device_callbacks*, void*) {
-  if (subscription == nullptr) return VEXCAP_E_INVALID_ARG;
-  return to_result_code(HR_NOTIMPL);
+                                                     const vexcap_device_callbacks* callbacks,
+                                                     void* context) {
+  return register_device_callbacks(subscription, callbacks, context);
 }
 
 VEXCAP_API int vexcap_unregiester_device_callbacks(vexcap_device_subscription* subscription) {
-  if (subscription == nullptr) return VEXCAP_E_INVALID_ARG;
-  return to_result_code(HR_NOTIMPL);
+  return unregister_device_callbacks(subscription);
 }
 
 // ---- Device events ---------------------------------------------------------------------------
