@@ -6,6 +6,7 @@
 #include "api/runtime_startup.h"
 #include "client/platform_names.h"
 #include "client/source_group_dump.h"
+#include "frames/frame_delivery.h"
 #include "log/log.h"
 
 namespace vexcap::client {
@@ -301,8 +302,7 @@ hresult VexCap::start_streaming(vexcap_frame_callback callback, void* context) {
     frame_arrived_token_ = frame_reader_->add_frame_arrived([weak](platform::FrameReader& reader) {
       const std::shared_ptr<VexCap> client = weak.lock();
       if (!client) return HR_DISCONNECTED;
-      client->on_frame_arrived(reader);
-      return HR_OK;
+      return client->on_frame_arrived(reader);
     });
     frame_reader_->start();  // its start status is not examined
     frame_callback_ = callback;
@@ -316,18 +316,25 @@ hresult VexCap::start_streaming(vexcap_frame_callback callback, void* context) {
   return HR_OK;
 }
 
-void VexCap::on_frame_arrived(platform::FrameReader& reader) {
-  const std::shared_ptr<platform::Frame> frame = reader.try_acquire_latest_frame();
-  if (!frame) return;
-  vexcap_frame_callback callback;
-  {
-    std::lock_guard<std::mutex> lock(callback_lock_);
-    callback = frame_callback_;
-  }
-  // Frames are dropped while nobody listens. Building records for the host is the frame
-  // pipeline's job, which this client does not have yet.
-  (void)callback;
-  frame->close();
+hresult VexCap::on_frame_arrived(platform::FrameReader& reader) {
+  return frames::deliver_newest_frame(*this, reader);
+}
+
+VexCap::FrameCallback VexCap::frame_callback() {
+  std::lock_guard<std::mutex> lock(callback_lock_);
+  return {frame_callback_, frame_context_};
+}
+
+void VexCap::set_unsupported_format_callback(vexcap_unsupported_format_callback callback,
+                                             void* context) {
+  std::lock_guard<std::mutex> lock(unsupported_format_lock_);
+  unsupported_format_callback_ = callback;
+  unsupported_format_context_ = context;
+}
+
+void VexCap::raise_unsupported_format() {
+  std::lock_guard<std::mutex> lock(unsupported_format_lock_);
+  if (unsupported_format_callback_) unsupported_format_callback_(true, unsupported_format_context_);
 }
 
 hresult VexCap::stop_streaming() {

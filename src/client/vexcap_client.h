@@ -20,6 +20,7 @@
 #include "controls/extended_properties.h"
 #include "controls/extension_unit.h"
 #include "frames/control_tracker.h"
+#include "frames/frame_rate.h"
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
 
@@ -78,6 +79,21 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   // The controls this client set last, for the frames it reads.
   frames::ControlTracker& control_tracker() { return control_tracker_; }
 
+  // The host's frame callback and its context, copied together under the callback lock.
+  struct FrameCallback {
+    vexcap_frame_callback callback = nullptr;
+    void* context = nullptr;
+  };
+  FrameCallback frame_callback();
+
+  // Frames per second the host accepts, 0 = no limit.
+  void set_frame_rate_limit(std::uint32_t frames_per_second) { frame_rate_limit_.set(frames_per_second); }
+  frames::FrameRateLimit& frame_rate_limit() { return frame_rate_limit_; }
+
+  // The unsupported-format event: raised with its lock held; nothing happens without a callback.
+  void set_unsupported_format_callback(vexcap_unsupported_format_callback callback, void* context);
+  void raise_unsupported_format();
+
  private:
   explicit VexCap(std::uint32_t stream_mode);
 
@@ -87,7 +103,7 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   void subscribe_to_capture_failures();
   void load_extension_unit(std::uint32_t reader_kind);
   void switch_llc_on();
-  void on_frame_arrived(platform::FrameReader& reader);
+  hresult on_frame_arrived(platform::FrameReader& reader);
   bool can_stream() const;
 
   const std::uint32_t stream_mode_;
@@ -115,6 +131,12 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   std::mutex callback_lock_;  // guards frame_callback_ and frame_context_
   vexcap_frame_callback frame_callback_ = nullptr;
   void* frame_context_ = nullptr;
+
+  std::mutex unsupported_format_lock_;  // guards the two fields below
+  vexcap_unsupported_format_callback unsupported_format_callback_ = nullptr;
+  void* unsupported_format_context_ = nullptr;
+
+  frames::FrameRateLimit frame_rate_limit_;
 
   std::mutex failure_lock_;  // held for the whole of a capture-failure recovery
   FailureNotifier failure_notifier_;

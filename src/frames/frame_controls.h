@@ -1,0 +1,21 @@
+// The camera controls a frame record reports: exposure, ISO speed and LED power in force.
+#pragma once
+
+#include <optional>
+
+#include "common/hresult.h"
+#include "vexcap/vexcap.h"
+
+namespace vexcap::client {
+class VexCap;
+}
+
+namespace vexcap::frames {
+
+// Fills `exposure`, `iso_speed` and `led_power` with what the client may report for this
+// frame (0, 0 and 255 when nothing is reported). Answers the result of the LED power read when
+// the LED power is reported, nullopt otherwise.
+// Controls are not tracked yet, so nothing is reported.
+std::optional<hresult> report_controls(client::VexCap& client, vexcap_frame& record);
+
+}  // namespace vexcap::frames

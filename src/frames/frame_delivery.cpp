@@ -1,0 +1,86 @@
+#include "frames/frame_delivery.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "client/vexcap_client.h"
+#include "frames/fill_frame.h"
+#include "frames/record_rotation.h"
+#include "log/log.h"
+
+namespace vexcap::frames {
+namespace {
+
+// Releases the platform frame however the handler ends.
+struct FrameCloser {
+  platform::Frame& frame;
+  ~FrameCloser() { frame.close(); }
+};
+
+// Owns a record until the host takes it; frees it the way vexcap_return_frame does.
+struct RecordFree {
+  void operator()(vexcap_frame* record) const {
+    std::free(record->data);
+    std::free(record);
+  }
+};
+using OwnedRecord = std::unique_ptr<vexcap_frame, RecordFree>;
+
+bool is_delivered_format(platform::PixelFormat format) {
+  return format == platform::PixelFormat::Gray8 || format == platform::PixelFormat::Gray16 ||
+         format == platform::PixelFormat::Nv12;
+}
+
+// Copies every byte of the bitmap's buffer into the record, converting other formats to NV12.
+// Answers the number of bytes copied.
+std::size_t copy_pixels(std::shared_ptr<platform::Bitmap> bitmap, vexcap_frame& record) {
+  if (!is_delivered_format(bitmap->pixel_format())) {
+    bitmap = bitmap->convert(platform::PixelFormat::Nv12);
+    record.pixel_format = static_cast<std::uint32_t>(platform::PixelFormat::Nv12);
+  }
+  const std::unique_ptr<platform::LockedBitmap> locked = bitmap->lock_for_read();
+  if (record.stride == 0) {
+    record.stride = locked->plane_count() >= 1 ? locked->plane(0).stride
+                                               : static_cast<std::int32_t>(record.width);
+  }
+  VXLOG('D', "Width: %u, Height: %u, Stride= %d", record.width, record.height, record.stride);
+  // The whole capacity, not width x height: every plane with its row padding.
+  const std::uint32_t capacity = locked->capacity();
+  record.data = static_cast<std::uint8_t*>(std::malloc(capacity == 0 ? 1 : capacity));
+  if (capacity != 0) std::memcpy(record.data, locked->data(), capacity);
+  return capacity;
+}
+
+}  // namespace
+
+hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& reader) {
+  const std::shared_ptr<platform::Frame> frame = reader.try_acquire_latest_frame();
+  if (!frame) return HR_OK;
+  FrameCloser closer{*frame};
+
+  const auto [callback, context] = client.frame_callback();
+  if (!callback) return HR_OK;  // nobody listens: no record is built
+
+  try {
+    OwnedRecord record(static_cast<vexcap_frame*>(std::calloc(1, sizeof(vexcap_frame))));
+    std::shared_ptr<platform::Bitmap> bitmap;
+    const std::uint32_t status = fill_frame(client, *frame, *record, bitmap);
+    if (status == kFrameTooFast) return HR_OK;
+    if (status == kFrameFormatUnsupported) {
+      client.raise_unsupported_format();
+      return HR_OK;
+    }
+
+    const std::size_t capacity = copy_pixels(std::move(bitmap), *record);
+    rotate_record(client.frame_source().get(), *record, capacity);
+
+    // No lock of the library's is held here: start and stop never wait for the host.
+    if (!callback(record.release(), context)) return HR_DISCONNECTED;
+    return HR_OK;
+  } catch (const platform::PlatformError& error) {
+    VXLOG('E', "frame delivery failed: %ws", error.message().c_str());
+    return error.code();
+  }
+}
+
+}  // namespace vexcap::frames

@@ -1,0 +1,18 @@
+// The frame-arrived work: takes the reader's newest frame, builds a frame record with a
+// private copy of its pixels and hands it to the client's host callback.
+#pragma once
+
+#include "common/hresult.h"
+#include "platform/port.h"
+
+namespace vexcap::client {
+class VexCap;
+}
+
+namespace vexcap::frames {
+
+// Answers HR_OK to keep receiving frames, HR_DISCONNECTED when the host's callback asked to
+// stop, or the code of a platform failure (the record is then freed).
+hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& reader);
+
+}  // namespace vexcap::frames
