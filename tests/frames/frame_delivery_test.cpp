@@ -1,0 +1,205 @@
+// Frames delivered by a capture client on a virtual camera with a manual clock: record
+// layout, pixel bytes against the camera's documented pattern, rotation, illumination,
+// timestamps, the frame-rate limit and the host's stop answer.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <mutex>
+#include <vector>
+
+#include "client/vexcap_client.h"
+#include "platform/virtual/virtual_camera.h"
+#include "support/log_capture.h"
+
+namespace vexcap::frames {
+namespace {
+
+namespace vc = virtual_camera;
+using namespace std::chrono_literals;
+
+std::wstring group_id() { return *vc::default_scenario().groups.at(0).id; }
+
+// Keeps every record it is given and returns them through the export at the end.
+struct Collector {
+  std::mutex lock;
+  std::vector<vexcap_frame*> frames;
+  bool keep_going = true;
+  ~Collector() {
+    for (vexcap_frame* frame : frames) EXPECT_EQ(vexcap_return_frame(frame), 0);
+  }
+  static bool receive(vexcap_frame* frame, void* context) {
+    auto* self = static_cast<Collector*>(context);
+    std::lock_guard<std::mutex> guard(self->lock);
+    self->frames.push_back(frame);
+    return self->keep_going;
+  }
+};
+
+class FrameDelivery : public ::testing::Test {
+ protected:
+  void SetUp() override { vc::reset(); }
+  void TearDown() override {
+    if (client_) client_->clear();
+    client_.reset();
+    vc::reset();
+  }
+  // Streams the infrared source (index 0) after `edit` shaped it.
+  void stream_infrared(const std::function<void(vc::SourceModel&)>& edit) {
+    vc::Scenario scenario = vc::default_scenario();
+    scenario.clock = vc::ClockMode::Manual;
+    edit(scenario.groups.at(0).sources.at(0));
+    vc::use_scenario(scenario);
+    client_ = client::VexCap::create(1);
+    log.resume();
+    ASSERT_EQ(client_->initialize(group_id(), 1, 0, 0), HR_OK);
+    // A long pause first: the process-wide last accepted time of earlier tests is far behind.
+    vc::advance_time(1000s);
+    start_time = vc::now();
+    ASSERT_EQ(client_->start_streaming(&Collector::receive, &collector), HR_OK);
+  }
+  static vc::FormatModel format(const wchar_t* subtype, std::uint32_t fps,
+                                std::optional<std::int32_t> rotation = std::nullopt) {
+    vc::FormatModel f;
+    f.subtype = subtype;
+    f.frame_rate_numerator = fps;
+    f.rotation = rotation;
+    return f;
+  }
+
+  Collector collector;
+  testing::LogCapture log;
+  std::shared_ptr<client::VexCap> client_;
+  std::int64_t start_time = 0;
+};
+
+// Documented luma of frame n at (x, y).
+std::uint8_t luma(std::uint32_t x, std::uint32_t y, std::uint32_t n) {
+  return static_cast<std::uint8_t>(x + 2 * y + 3 * n);
+}
+
+TEST_F(FrameDelivery, Gray8FrameCarriesThePatternUnrotated) {
+  stream_infrared([](vc::SourceModel& s) { s.formats = {format(L"L8", 20, 45)}; });
+  vc::advance_time(50ms);
+  ASSERT_EQ(collector.frames.size(), 1u);
+  const vexcap_frame& f = *collector.frames[0];
+  EXPECT_EQ(f.pixel_format, VEXCAP_PIXEL_FORMAT_GRAY8);
+  EXPECT_EQ(f.width, 640u);
+  EXPECT_EQ(f.height, 480u);
+  EXPECT_EQ(f.stride, 640);
+  EXPECT_EQ(f.led_power, 255);
+  for (std::uint32_t y = 0; y < 480; ++y)
+    for (std::uint32_t x = 0; x < 640; ++x) ASSERT_EQ(f.data[y * 640 + x], luma(x, y, 0));
+}
+
+TEST_F(FrameDelivery, QuarterTurnDeliversPortraitBytes) {
+  stream_infrared([](vc::SourceModel& s) { s.formats = {format(L"L8", 20, 90)}; });
+  vc::advance_time(50ms);
+  ASSERT_EQ(collector.frames.size(), 1u);
+  const vexcap_frame& f = *collector.frames[0];
+  EXPECT_EQ(f.width, 480u);
+  EXPECT_EQ(f.height, 640u);
+  EXPECT_EQ(f.stride, 480);
+  // Destination row r, column c shows source column r of row 479 - c.
+  for (std::uint32_t r = 0; r < 640; ++r)
+    for (std::uint32_t c = 0; c < 480; ++c) ASSERT_EQ(f.data[r * 480 + c], luma(r, 479 - c, 0));
+}
+
+TEST_F(FrameDelivery, PaddedNv12CarriesTheWholeBufferWithItsStride) {
+  stream_infrared([](vc::SourceModel& s) {
+    s.formats = {format(L"NV12", 20)};
+    s.stride_padding = 16;
+  });
+  vc::advance_time(50ms);
+  ASSERT_EQ(collector.frames.size(), 1u);
+  const vexcap_frame& f = *collector.frames[0];
+  EXPECT_EQ(f.pixel_format, VEXCAP_PIXEL_FORMAT_NV12);
+  ASSERT_EQ(f.stride, 656);
+  EXPECT_EQ(f.data[479 * 656 + 639], luma(639, 479, 0));
+  // Chroma at stride x height: U = 64 + i + j, V = 192 + i + 2j for block (i, j).
+  const std::uint8_t* uv = f.data + 656 * 480;
+  for (std::uint32_t j = 0; j < 240; ++j)
+    for (std::uint32_t i = 0; i < 320; ++i) {
+      ASSERT_EQ(uv[j * 656 + 2 * i], static_cast<std::uint8_t>(64 + i + j));
+      ASSERT_EQ(uv[j * 656 + 2 * i + 1], static_cast<std::uint8_t>(192 + i + 2 * j));
+    }
+}
+
+TEST_F(FrameDelivery, IlluminationAlternatesAndTimestampsAreFrameTimeInMicroseconds) {
+  stream_infrared([](vc::SourceModel& s) {
+    s.formats = {format(L"L8", 20)};
+    s.illumination = vc::IlluminationMetadata::Alternating;
+  });
+  for (int i = 0; i < 4; ++i) vc::advance_time(50ms);
+  ASSERT_EQ(collector.frames.size(), 4u);
+  for (std::size_t k = 0; k < 4; ++k) {
+    EXPECT_EQ(collector.frames[k]->illumination, k % 2 == 0 ? 1 : 0);
+    EXPECT_EQ(collector.frames[k]->timestamp,
+              (start_time + static_cast<std::int64_t>(k + 1) * 500000) / 10);
+  }
+}
+
+TEST_F(FrameDelivery, MissingMetadataReadsAsLitAnUnreachableSampleAsDark) {
+  stream_infrared([](vc::SourceModel& s) {
+    s.formats = {format(L"L8", 20)};
+    s.illumination = vc::IlluminationMetadata::MetadataMissing;
+  });
+  vc::advance_time(50ms);
+  ASSERT_EQ(collector.frames.size(), 1u);
+  EXPECT_EQ(collector.frames[0]->illumination, 1);
+  bool logged = false;
+  for (const std::string& line : log.lines())
+    logged = logged || line.rfind("W: Failed getting frame illumination (HRESULT 0x", 0) == 0;
+  EXPECT_TRUE(logged);
+  vc::edit_source(group_id(), 0, [](vc::SourceModel& s) {
+    s.illumination = vc::IlluminationMetadata::SampleUnreachable;
+  });
+  vc::advance_time(50ms);
+  ASSERT_EQ(collector.frames.size(), 2u);
+  EXPECT_EQ(collector.frames[1]->illumination, 0);
+}
+
+TEST_F(FrameDelivery, LimitDropsFramesMeasuredAgainstTheLastAcceptedOne) {
+  stream_infrared([](vc::SourceModel& s) { s.formats = {format(L"L8", 20)}; });
+  client_->set_frame_rate_limit(15);  // 16.5 with tolerance: 20 fps is too fast, 10 is not
+  for (int i = 0; i < 5; ++i) vc::advance_time(50ms);
+  // Frames 1, 3, 5 pass (100 ms after the last accepted); 2 and 4 are dropped.
+  ASSERT_EQ(collector.frames.size(), 3u);
+  EXPECT_EQ(collector.frames[1]->timestamp - collector.frames[0]->timestamp, 100000);
+  EXPECT_EQ(collector.frames[2]->timestamp - collector.frames[1]->timestamp, 100000);
+}
+
+TEST_F(FrameDelivery, LimitAcceptsFramesSeventyMillisecondsApart) {
+  stream_infrared([](vc::SourceModel& s) {
+    s.formats = {format(L"L8", 100)};
+    s.formats[0].frame_rate_denominator = 7;  // one frame every 70 ms
+  });
+  client_->set_frame_rate_limit(15);
+  for (int i = 0; i < 4; ++i) vc::advance_time(70ms);
+  EXPECT_EQ(collector.frames.size(), 4u);
+}
+
+TEST_F(FrameDelivery, CallbackAnsweringFalseGetsNoFurtherFrames) {
+  collector.keep_going = false;
+  stream_infrared([](vc::SourceModel& s) { s.formats = {format(L"L8", 20)}; });
+  for (int i = 0; i < 3; ++i) vc::advance_time(50ms);
+  ASSERT_EQ(collector.frames.size(), 1u);
+  EXPECT_EQ(collector.frames[0]->data[1], luma(1, 0, 0));  // still the host's to read
+}
+
+TEST_F(FrameDelivery, UndecodableFramesRaiseTheUnsupportedFormatEvent) {
+  stream_infrared([](vc::SourceModel& s) { s.formats = {format(L"L8", 20)}; });
+  int raised = 0;
+  client_->set_unsupported_format_callback(
+      [](std::uint32_t status, void* context) {
+        EXPECT_EQ(status, 1u);
+        ++*static_cast<int*>(context);
+      },
+      &raised);
+  vc::set_unsupported_frames(true);
+  vc::advance_time(50ms);
+  EXPECT_EQ(raised, 1);
+  EXPECT_TRUE(collector.frames.empty());
+}
+
+}  // namespace
+}  // namespace vexcap::frames
