@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "client/vexcap_client.h"
+#include "frames/rgb24_to_nv12.h"
 #include "platform/virtual/virtual_camera.h"
 #include "support/log_capture.h"
 
@@ -44,14 +45,20 @@ class FrameDelivery : public ::testing::Test {
     vc::reset();
   }
   // Streams the infrared source (index 0) after `edit` shaped it.
-  void stream_infrared(const std::function<void(vc::SourceModel&)>& edit) {
+  void stream_infrared(const std::function<void(vc::SourceModel&)>& edit) { stream(0, 1, edit); }
+  // Streams the colour source (index 1): an RGB24 format in its list gets a reader that hands
+  // out the camera's own layouts.
+  void stream_colour(const wchar_t* subtype) {
+    stream(1, 0, [subtype](vc::SourceModel& s) { s.formats = {format(subtype, 30), format(L"RGB24", 30)}; });
+  }
+  void stream(std::size_t index, std::uint32_t mode, const std::function<void(vc::SourceModel&)>& edit) {
     vc::Scenario scenario = vc::default_scenario();
     scenario.clock = vc::ClockMode::Manual;
-    edit(scenario.groups.at(0).sources.at(0));
+    edit(scenario.groups.at(0).sources.at(index));
     vc::use_scenario(scenario);
-    client_ = client::VexCap::create(1);
+    client_ = client::VexCap::create(mode);
     log.resume();
-    ASSERT_EQ(client_->initialize(group_id(), 1, 0, 0), HR_OK);
+    ASSERT_EQ(client_->initialize(group_id(), mode, 640, 480), HR_OK);
     // A long pause first: the process-wide last accepted time of earlier tests is far behind.
     vc::advance_time(1000s);
     start_time = vc::now();
@@ -199,6 +206,64 @@ TEST_F(FrameDelivery, UndecodableFramesRaiseTheUnsupportedFormatEvent) {
   vc::advance_time(50ms);
   EXPECT_EQ(raised, 1);
   EXPECT_TRUE(collector.frames.empty());
+}
+
+TEST_F(FrameDelivery, Gray16IsDeliveredUnconverted) {
+  stream_infrared([](vc::SourceModel& s) { s.formats = {format(L"L16", 30)}; });
+  vc::advance_time(34ms);
+  ASSERT_EQ(collector.frames.size(), 1u);
+  const vexcap_frame& f = *collector.frames[0];
+  EXPECT_EQ(f.pixel_format, VEXCAP_PIXEL_FORMAT_GRAY16);
+  EXPECT_EQ(f.stride, 1280);
+  // L * 257, little-endian: both bytes equal L.
+  EXPECT_EQ(f.data[479 * 1280 + 2 * 5], luma(5, 479, 0));
+  EXPECT_EQ(f.data[479 * 1280 + 2 * 5 + 1], luma(5, 479, 0));
+}
+
+TEST_F(FrameDelivery, Yuy2IsDeliveredAsNv12WithItsLuma) {
+  stream_colour(L"YUY2");
+  vc::advance_time(34ms);
+  ASSERT_EQ(collector.frames.size(), 1u);
+  const vexcap_frame& f = *collector.frames[0];
+  EXPECT_EQ(f.pixel_format, VEXCAP_PIXEL_FORMAT_NV12);
+  EXPECT_EQ(f.stride, 640);
+  for (std::uint32_t x = 0; x < 640; ++x) ASSERT_EQ(f.data[100 * 640 + x], luma(x, 100, 0));
+}
+
+TEST_F(FrameDelivery, Bgra8IsDeliveredAsNv12) {
+  stream_colour(L"ARGB32");
+  vc::advance_time(34ms);
+  ASSERT_EQ(collector.frames.size(), 1u);
+  const vexcap_frame& f = *collector.frames[0];
+  EXPECT_EQ(f.pixel_format, VEXCAP_PIXEL_FORMAT_NV12);
+  // Frame 0: R = x, G = y, B = x + y; the camera's integer BT.601 luma.
+  for (std::uint32_t x = 0; x < 640; ++x) {
+    const int r = x % 256, g = 7, b = (x + 7) % 256;
+    ASSERT_EQ(f.data[7 * 640 + x], ((66 * r + 129 * g + 25 * b + 128) >> 8) + 16) << x;
+  }
+}
+
+TEST_F(FrameDelivery, Rgb24IsConvertedByTheLibrary) {
+  stream_colour(L"RGB24");
+  vc::advance_time(34ms);
+  ASSERT_EQ(collector.frames.size(), 1u);
+  const vexcap_frame& f = *collector.frames[0];
+  EXPECT_EQ(f.pixel_format, VEXCAP_PIXEL_FORMAT_NV12);
+  EXPECT_EQ(f.width, 640u);
+  EXPECT_EQ(f.height, 480u);
+  std::vector<std::uint8_t> rgb(640 * 480 * 3);
+  for (std::uint32_t y = 0; y < 480; ++y)
+    for (std::uint32_t x = 0; x < 640; ++x) {
+      std::uint8_t* p = &rgb[(y * 640 + x) * 3];
+      p[0] = static_cast<std::uint8_t>(x);
+      p[1] = static_cast<std::uint8_t>(y);
+      p[2] = static_cast<std::uint8_t>(x + y);
+    }
+  std::vector<std::uint8_t> expected(640 * 480 * 3 / 2);
+  convert_rgb24_plane_to_nv12(rgb.data(), 640, 480, expected.data());
+  EXPECT_EQ(std::vector<std::uint8_t>(f.data, f.data + expected.size()), expected);
+  // Already NV12 when gathered: the buffer path would have reported the camera's Bgra8.
+  EXPECT_TRUE(log.contains("D: Frame Format: 103 (Nv12)"));
 }
 
 }  // namespace
