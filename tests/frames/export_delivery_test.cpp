@@ -1,0 +1,58 @@
+// A frame travels through the exports: a record streamed from an opened device outlives it.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+
+#include "support/library_fixture.h"
+
+namespace vexcap {
+namespace {
+
+namespace vc = virtual_camera;
+using namespace std::chrono_literals;
+
+class ExportDelivery : public testing::LibraryTest {};
+
+struct Kept {
+  std::atomic<vexcap_frame*> first{nullptr};
+  std::atomic<int> calls{0};
+};
+
+bool keep_first(vexcap_frame* frame, void* context) {
+  auto* kept = static_cast<Kept*>(context);
+  vexcap_frame* none = nullptr;
+  if (!kept->first.compare_exchange_strong(none, frame)) vexcap_return_frame(frame);
+  ++kept->calls;
+  return true;
+}
+
+TEST_F(ExportDelivery, StreamedRecordIsTheHostsUntilReturned) {
+  vc::Scenario scenario = vc::default_scenario();
+  scenario.clock = vc::ClockMode::Manual;
+  vc::use_scenario(scenario);
+  ASSERT_EQ(vexcap_init(), 0);
+  vexcap_device* device = nullptr;
+  const vexcap_open_params params{VEXCAP_STREAM_MODE_EXCLUSIVE, 640, 480};
+  ASSERT_EQ(vexcap_device_open(&device, scenario.groups.at(0).id->c_str(), &params), 0);
+  Kept kept;
+  ASSERT_EQ(vexcap_start_streaming_ex(device, keep_first, &kept, VEXCAP_STREAM_SELECT_EXCLUSIVE), 0);
+  vc::advance_time(34ms);
+  vc::advance_time(34ms);
+  ASSERT_EQ(vexcap_stop_streaming_ex(device, VEXCAP_STREAM_SELECT_EXCLUSIVE), 0);
+  ASSERT_EQ(vexcap_device_close(device), 0);
+
+  EXPECT_EQ(kept.calls.load(), 2);
+  vexcap_frame* frame = kept.first.load();
+  ASSERT_NE(frame, nullptr);
+  EXPECT_EQ(frame->pixel_format, VEXCAP_PIXEL_FORMAT_GRAY8);
+  EXPECT_EQ(frame->width, 640u);
+  EXPECT_EQ(frame->stride, 640);
+  EXPECT_EQ(frame->data[2 * 640 + 3], 3 + 2 * 2);  // L = x + 2y of the first frame
+  EXPECT_EQ(frame->illumination, 1);                // even frames are lit
+  EXPECT_EQ(vexcap_return_frame(frame), 0);
+  EXPECT_EQ(vexcap_return_frame(nullptr), VEXCAP_E_INVALID_ARG);
+}
+
+}  // namespace
+}  // namespace vexcap
