@@ -3,11 +3,13 @@
 // timestamps, the frame-rate limit and the host's stop answer.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <mutex>
 #include <vector>
 
 #include "client/vexcap_client.h"
+#include "frames/frame_rate.h"
 #include "frames/rgb24_to_nv12.h"
 #include "platform/virtual/virtual_camera.h"
 #include "support/log_capture.h"
@@ -59,8 +61,10 @@ class FrameDelivery : public ::testing::Test {
     client_ = client::VexCap::create(mode);
     log.resume();
     ASSERT_EQ(client_->initialize(group_id(), mode, 640, 480), HR_OK);
-    // A long pause first: the process-wide last accepted time of earlier tests is far behind.
-    vc::advance_time(1000s);
+    // Start well after the process-wide last accepted frame of earlier tests, so that the
+    // first frame here is measured against a long gap.
+    const std::int64_t behind = last_accepted_frame_time() * 10 - vc::now();  // 100 ns units
+    vc::advance_time(1000s + std::chrono::nanoseconds(std::max<std::int64_t>(behind, 0) * 100));
     start_time = vc::now();
     ASSERT_EQ(client_->start_streaming(&Collector::receive, &collector), HR_OK);
   }
