@@ -15,7 +15,7 @@ namespace vexcap::frames {
 // Fills `exposure`, `iso_speed` and `led_power` with what the client may report for this
 // frame (0, 0 and 255 when nothing is reported). Answers the result of the LED power read when
 // the LED power is reported, nullopt otherwise.
-// Controls are not tracked yet, so nothing is reported.
+// A control is reported from the fifth frame after the host set it (see ControlTracker).
 std::optional<hresult> report_controls(client::VexCap& client, vexcap_frame& record);
 
 }  // namespace vexcap::frames

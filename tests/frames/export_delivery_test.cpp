@@ -3,6 +3,8 @@
 
 #include <atomic>
 #include <chrono>
+#include <mutex>
+#include <vector>
 
 #include "support/library_fixture.h"
 
@@ -52,6 +54,43 @@ TEST_F(ExportDelivery, StreamedRecordIsTheHostsUntilReturned) {
   EXPECT_EQ(frame->illumination, 1);                // even frames are lit
   EXPECT_EQ(vexcap_return_frame(frame), 0);
   EXPECT_EQ(vexcap_return_frame(nullptr), VEXCAP_E_INVALID_ARG);
+}
+
+struct Exposures {
+  std::mutex mutex;
+  std::vector<std::uint64_t> values;
+  std::vector<unsigned> led_powers;
+};
+
+bool record_exposure(vexcap_frame* frame, void* context) {
+  auto* seen = static_cast<Exposures*>(context);
+  {
+    std::lock_guard<std::mutex> lock(seen->mutex);
+    seen->values.push_back(frame->exposure);
+    seen->led_powers.push_back(frame->led_power);
+  }
+  vexcap_return_frame(frame);
+  return true;
+}
+
+TEST_F(ExportDelivery, ANewExposureIsReportedFromTheFifthFrameOn) {
+  vc::Scenario scenario = vc::default_scenario();
+  scenario.clock = vc::ClockMode::Manual;
+  vc::use_scenario(scenario);
+  ASSERT_EQ(vexcap_init(), 0);
+  vexcap_device* device = nullptr;
+  const vexcap_open_params params{VEXCAP_STREAM_MODE_EXCLUSIVE, 640, 480};
+  ASSERT_EQ(vexcap_device_open(&device, scenario.groups.at(0).id->c_str(), &params), 0);
+  ASSERT_EQ(vexcap_set_exposure(device, 20000), 0);  // the shared client's tracker holds it
+
+  Exposures seen;
+  ASSERT_EQ(vexcap_start_streaming(device, record_exposure, &seen), 0);
+  for (int i = 0; i < 6; ++i) vc::advance_time(34ms);
+  ASSERT_EQ(vexcap_stop_streaming(device), 0);
+  ASSERT_EQ(vexcap_device_close(device), 0);
+
+  EXPECT_EQ(seen.values, (std::vector<std::uint64_t>{0, 0, 0, 0, 20000, 20000}));
+  EXPECT_EQ(seen.led_powers, (std::vector<unsigned>(6, 255u)));  // no LED power was set
 }
 
 }  // namespace
