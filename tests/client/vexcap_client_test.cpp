@@ -22,24 +22,24 @@ const std::wstring kPlainGroup = L"\\\\?\\ROOT#CAMERA#0000#{x}\\GLOBAL";
 
 vc::FormatModel format(const wchar_t* subtype, std::uint32_t width, std::uint32_t height,
                       std::uint32_t fps) {
-  vc::FormatModel spec;
-  spec.subtype = subtype;
-  spec.width = width;
-  spec.height = height;
-  spec.frame_rate_numerator = fps;
-  return spec;
+  vc::FormatModel model;
+  model.subtype = subtype;
+  model.width = width;
+  model.height = height;
+  model.frame_rate_numerator = fps;
+  return model;
 }
 
 vc::SourceModel source(SourceKind kind, StreamType type, const std::wstring& device_id,
                       std::vector<vc::FormatModel> formats) {
-  vc::SourceModel spec;
-  spec.id = L"Source@" + device_id + std::to_wstring(static_cast<int>(type));
-  spec.kind = kind;
-  spec.stream_type = type;
-  spec.device_information = vc::DeviceInfoModel{device_id, L"camera", false, true, platform::Pairing{}, {}};
-  spec.formats = std::move(formats);
-  spec.current_format = spec.formats.empty() ? std::nullopt : std::optional<std::size_t>(0);
-  return spec;
+  vc::SourceModel model;
+  model.id = L"Source@" + device_id + std::to_wstring(static_cast<int>(type));
+  model.kind = kind;
+  model.stream_type = type;
+  model.device_information = vc::DeviceInfoModel{device_id, L"camera", false, true, platform::Pairing{}, {}};
+  model.formats = std::move(formats);
+  model.current_format = model.formats.empty() ? std::nullopt : std::optional<std::size_t>(0);
+  return model;
 }
 
 vc::Scenario one_group(const std::wstring& id, std::vector<vc::SourceModel> sources) {
