@@ -65,6 +65,9 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
       return open_device(from_param<const wchar_t>(wparam), *from_param<vexcap_open_params>(lparam));
     case kMsgDeviceClose:
       return close_device(*from_param<vexcap_device>(lparam));
+    case kMsgRegisterUnsupportedFormat:
+    case kMsgUnregisterUnsupportedFormat:
+      return unsupported_format_event(message, *from_param<vexcap_device>(lparam), wparam);
     case kMsgCaptureFailed: {
       const std::shared_ptr<client::VexCap> failed_client = *from_param<std::shared_ptr<client::VexCap>>(lparam);
       failed_client->handle_capture_failure();
@@ -93,8 +96,6 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
     case kMsgUnregisterExclusiveControl:
     case kMsgRegisterRgbStatus:
     case kMsgUnregisterRgbStatus:
-    case kMsgRegisterUnsupportedFormat:
-    case kMsgUnregisterUnsupportedFormat:
     case kMsgRegisterRgbStopped:
     case kMsgUnregisterRgbStopped:
       return HR_NOTIMPL;
@@ -141,6 +142,22 @@ hresult Dispatcher::start_streaming(const vexcap_device& handle, std::uintptr_t 
   std::shared_ptr<client::VexCap> client =
       by_selector ? device->client_for_selector(handle.stream_selector) : device->shared_client();
   return client->start_streaming(reinterpret_cast<vexcap_frame_callback>(args->callback), args->context);
+}
+
+// Both answer S_OK in every case: a second registration or an unneeded unregistration is ignored.
+hresult Dispatcher::unsupported_format_event(std::uint32_t message, const vexcap_device& handle,
+                                             std::uintptr_t callback_args) {
+  const std::shared_ptr<Device>& device = device_slot(handle);
+  if (!device) return HR_INVALID_STATE;
+  const std::shared_ptr<client::VexCap> shared = device->shared_client();
+  if (message == kMsgRegisterUnsupportedFormat) {
+    const auto* args = from_param<CallbackArgs>(callback_args);
+    shared->register_unsupported_format(
+        reinterpret_cast<vexcap_unsupported_format_callback>(args->callback), args->context);
+  } else {
+    shared->unregister_unsupported_format();
+  }
+  return HR_OK;
 }
 
 hresult Dispatcher::stop_streaming(const vexcap_device& handle, bool by_selector) {

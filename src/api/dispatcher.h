@@ -33,6 +33,8 @@ class Dispatcher final : public RequestHandler {
   hresult close_device(const vexcap_device& handle);
   hresult start_streaming(const vexcap_device& handle, std::uintptr_t callback_args, bool by_selector);
   hresult stop_streaming(const vexcap_device& handle, bool by_selector);
+  hresult unsupported_format_event(std::uint32_t message, const vexcap_device& handle,
+                                   std::uintptr_t callback_args);
   // Messages 1035 to 1040: the device controls.
   hresult run_control(std::uint32_t message, std::uintptr_t wparam, const vexcap_device& handle);
 

@@ -325,11 +325,19 @@ VexCap::FrameCallback VexCap::frame_callback() {
   return {frame_callback_, frame_context_};
 }
 
-void VexCap::set_unsupported_format_callback(vexcap_unsupported_format_callback callback,
-                                             void* context) {
+void VexCap::register_unsupported_format(vexcap_unsupported_format_callback callback,
+                                         void* context) {
   std::lock_guard<std::mutex> lock(unsupported_format_lock_);
+  if (!initialized_ || unsupported_format_callback_ != nullptr) return;
   unsupported_format_callback_ = callback;
   unsupported_format_context_ = context;
+}
+
+void VexCap::unregister_unsupported_format() {
+  std::lock_guard<std::mutex> lock(unsupported_format_lock_);
+  if (!initialized_ || unsupported_format_callback_ == nullptr) return;
+  unsupported_format_callback_ = nullptr;
+  unsupported_format_context_ = nullptr;
 }
 
 void VexCap::raise_unsupported_format() {

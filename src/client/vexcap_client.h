@@ -91,7 +91,10 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   frames::FrameRateLimit& frame_rate_limit() { return frame_rate_limit_; }
 
   // The unsupported-format event: raised with its lock held; nothing happens without a callback.
-  void set_unsupported_format_callback(vexcap_unsupported_format_callback callback, void* context);
+  // Stored only on an initialized client that has none yet: a second registration keeps the
+  // first. Unregistering clears it (on an initialized client).
+  void register_unsupported_format(vexcap_unsupported_format_callback callback, void* context);
+  void unregister_unsupported_format();
   void raise_unsupported_format();
 
  private:

@@ -200,7 +200,7 @@ TEST_F(FrameDelivery, CallbackAnsweringFalseGetsNoFurtherFrames) {
 TEST_F(FrameDelivery, UndecodableFramesRaiseTheUnsupportedFormatEvent) {
   stream_infrared([](vc::SourceModel& s) { s.formats = {format(L"L8", 20)}; });
   int raised = 0;
-  client_->set_unsupported_format_callback(
+  client_->register_unsupported_format(
       [](std::uint32_t status, void* context) {
         EXPECT_EQ(status, 1u);
         ++*static_cast<int*>(context);
