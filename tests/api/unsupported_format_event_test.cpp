@@ -31,13 +31,8 @@ class UnsupportedFormatEvent : public testing::LibraryTest {};
 TEST_F(UnsupportedFormatEvent, TheFirstRegistrationHearsUndecodableFramesUntilUnregistered) {
   first_calls = 0;
   second_calls = 0;
-  vc::Scenario scenario = vc::default_scenario();
-  scenario.clock = vc::ClockMode::Manual;
-  vc::use_scenario(scenario);
-  ASSERT_EQ(vexcap_init(), 0);
-  vexcap_device* device = nullptr;
-  const vexcap_open_params params{VEXCAP_STREAM_MODE_EXCLUSIVE, 0, 0};
-  ASSERT_EQ(vexcap_device_open(&device, scenario.groups.at(0).id->c_str(), &params), 0);
+  vexcap_device* device = open_default_camera(VEXCAP_STREAM_MODE_EXCLUSIVE, 0, 0);
+  ASSERT_NE(device, nullptr);
   EXPECT_EQ(vexcap_unregister_for_unsupported_format_status_event(device), 0);  // none yet
 
   EXPECT_EQ(vexcap_register_for_unsupported_format_status_event(device, first, nullptr), 0);

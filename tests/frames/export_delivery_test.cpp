@@ -30,13 +30,8 @@ bool keep_first(vexcap_frame* frame, void* context) {
 }
 
 TEST_F(ExportDelivery, StreamedRecordIsTheHostsUntilReturned) {
-  vc::Scenario scenario = vc::default_scenario();
-  scenario.clock = vc::ClockMode::Manual;
-  vc::use_scenario(scenario);
-  ASSERT_EQ(vexcap_init(), 0);
-  vexcap_device* device = nullptr;
-  const vexcap_open_params params{VEXCAP_STREAM_MODE_EXCLUSIVE, 640, 480};
-  ASSERT_EQ(vexcap_device_open(&device, scenario.groups.at(0).id->c_str(), &params), 0);
+  vexcap_device* device = open_default_camera(VEXCAP_STREAM_MODE_EXCLUSIVE, 640, 480);
+  ASSERT_NE(device, nullptr);
   Kept kept;
   ASSERT_EQ(vexcap_start_streaming_ex(device, keep_first, &kept, VEXCAP_STREAM_SELECT_EXCLUSIVE), 0);
   vc::advance_time(34ms);
@@ -74,13 +69,8 @@ bool record_exposure(vexcap_frame* frame, void* context) {
 }
 
 TEST_F(ExportDelivery, ANewExposureIsReportedFromTheFifthFrameOn) {
-  vc::Scenario scenario = vc::default_scenario();
-  scenario.clock = vc::ClockMode::Manual;
-  vc::use_scenario(scenario);
-  ASSERT_EQ(vexcap_init(), 0);
-  vexcap_device* device = nullptr;
-  const vexcap_open_params params{VEXCAP_STREAM_MODE_EXCLUSIVE, 640, 480};
-  ASSERT_EQ(vexcap_device_open(&device, scenario.groups.at(0).id->c_str(), &params), 0);
+  vexcap_device* device = open_default_camera(VEXCAP_STREAM_MODE_EXCLUSIVE, 640, 480);
+  ASSERT_NE(device, nullptr);
   ASSERT_EQ(vexcap_set_exposure(device, 20000), 0);  // the shared client's tracker holds it
 
   Exposures seen;

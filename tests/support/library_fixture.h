@@ -17,6 +17,19 @@ class LibraryTest : public ::testing::Test {
     vexcap_exit();
     virtual_camera::reset();
   }
+  // Starts the library on the default camera with the manual clock and opens it; null (with
+  // a test failure recorded) when that does not work.
+  static vexcap_device* open_default_camera(std::uint32_t stream_mode, std::uint16_t format_arg1 = 640,
+                                            std::uint16_t format_arg2 = 480) {
+    virtual_camera::Scenario scenario = virtual_camera::default_scenario();
+    scenario.clock = virtual_camera::ClockMode::Manual;
+    virtual_camera::use_scenario(scenario);
+    vexcap_device* device = nullptr;
+    const vexcap_open_params params{stream_mode, format_arg1, format_arg2};
+    EXPECT_EQ(vexcap_init(), 0);
+    EXPECT_EQ(vexcap_device_open(&device, scenario.groups.at(0).id->c_str(), &params), 0);
+    return device;
+  }
   static virtual_camera::VirtualRuntime& runtime() {
     return virtual_camera::virtual_platform().runtime();
   }
