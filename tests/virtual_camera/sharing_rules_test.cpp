@@ -1,5 +1,6 @@
-// Sessions on one camera: exclusive control is held by one session at a time, shared sessions
-// only read, and the others hear when an exclusive holder comes or goes.
+// Sessions on one camera: exclusive control belongs to an application (this process's sessions
+// share it), shared sessions only read, and every session hears when another application takes
+// or returns control.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -28,22 +29,20 @@ hresult initialize_error(VirtualPlatform& platform, SharingMode mode) {
   return HR_OK;
 }
 
-TEST(VirtualSharingRules, SecondExclusiveSessionIsRefusedUntilTheFirstGoes) {
+TEST(VirtualSharingRules, ExclusiveSessionsOfOneProcessCoexist) {
   VirtualPlatform platform;
   auto first = open_session(platform, SharingMode::ExclusiveControl);
-  EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), ids::kHardwareInUse);
-  EXPECT_EQ(initialize_error(platform, SharingMode::SharedReadOnly), HR_OK);
-
-  first.reset();
   EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), HR_OK);
+  EXPECT_EQ(initialize_error(platform, SharingMode::SharedReadOnly), HR_OK);
+  EXPECT_EQ(first->frame_sources().at(kInfrared)->exclusive_control_status(),
+            ExclusiveControlStatus::ExclusiveControlAvailable);
 }
 
-TEST(VirtualSharingRules, ShutdownReleasesExclusiveControl) {
+TEST(VirtualSharingRules, ShutdownEndsTheSession) {
   VirtualPlatform platform;
   auto first = open_session(platform, SharingMode::ExclusiveControl);
   EXPECT_EQ(first->shutdown_if_supported(), HR_OK);
   EXPECT_EQ(platform.world().session_count(testing::default_group_id(), SharingMode::ExclusiveControl), 0);
-  EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), HR_OK);
   EXPECT_THROW(first->frame_sources(), PlatformError);
 }
 
@@ -87,24 +86,34 @@ TEST(VirtualSharingRules, ExclusiveSessionChangesWhatSharedSessionsSee) {
   EXPECT_EQ(records.format_changes[0].format.frame_rate_numerator, 60u);
 }
 
-TEST(VirtualSharingRules, OthersHearWhenAnExclusiveHolderComesAndGoes) {
+TEST(VirtualSharingRules, AnotherApplicationTakingControlPreemptsAndRefusesExclusiveSessions) {
   VirtualPlatform platform;
   auto shared = open_session(platform, SharingMode::SharedReadOnly);
-  Collected<platform::ExclusiveControlChange> changes;
-  shared->add_exclusive_control_status_changed([&](const auto& change) { changes.add(change); });
-  auto source = shared->frame_sources().at(kInfrared);
-  EXPECT_EQ(source->exclusive_control_status(), ExclusiveControlStatus::ExclusiveControlAvailable);
-
   auto exclusive = open_session(platform, SharingMode::ExclusiveControl);
-  EXPECT_EQ(source->exclusive_control_status(), ExclusiveControlStatus::SharedReadOnlyAvailable);
-  exclusive.reset();
+  Collected<platform::ExclusiveControlChange> changes;
+  Collected<platform::CaptureFailure> shared_failures, exclusive_failures;
+  shared->add_exclusive_control_status_changed([&](const auto& change) { changes.add(change); });
+  shared->add_failed([&](const auto& failure) { shared_failures.add(failure); });
+  exclusive->add_failed([&](const auto& failure) { exclusive_failures.add(failure); });
+  auto source = shared->frame_sources().at(kInfrared);
 
+  platform.world().set_held_by_other_app(testing::default_group_id(), true);
+  EXPECT_EQ(source->exclusive_control_status(), ExclusiveControlStatus::SharedReadOnlyAvailable);
+  EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), ids::kHardwareInUse);
+  EXPECT_EQ(initialize_error(platform, SharingMode::SharedReadOnly), HR_OK);
+  auto failed = exclusive_failures.wait_for(1);
+  ASSERT_EQ(failed.size(), 1u);
+  EXPECT_EQ(failed[0].code, ids::kPreempted);
+
+  platform.world().set_held_by_other_app(testing::default_group_id(), false);
   auto seen = changes.wait_for(2);
   ASSERT_EQ(seen.size(), 2u);
   EXPECT_EQ(seen[0].status, ExclusiveControlStatus::SharedReadOnlyAvailable);
   EXPECT_EQ(seen[1].status, ExclusiveControlStatus::ExclusiveControlAvailable);
   EXPECT_EQ(seen[0].device_id, testing::default_group_id());
   EXPECT_EQ(source->exclusive_control_status(), ExclusiveControlStatus::ExclusiveControlAvailable);
+  EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), HR_OK);
+  EXPECT_TRUE(shared_failures.now().empty());
 }
 
 TEST(VirtualSharingRules, StatusOverrideReportsARawValue) {

@@ -196,8 +196,8 @@ platform::ExclusiveControlStatus VirtualFrameSource::exclusive_control_status() 
   const SourceModel& source = group_->model.sources[index_];
   if (source.exclusive_status_override)
     return static_cast<platform::ExclusiveControlStatus>(*source.exclusive_status_override);
-  return world_->exclusive_held_by_other(*group_, session_) ? platform::ExclusiveControlStatus::SharedReadOnlyAvailable
-                                                            : platform::ExclusiveControlStatus::ExclusiveControlAvailable;
+  return world_->exclusive_held_elsewhere(*group_) ? platform::ExclusiveControlStatus::SharedReadOnlyAvailable
+                                                  : platform::ExclusiveControlStatus::ExclusiveControlAvailable;
 }
 
 }  // namespace vexcap::virtual_camera

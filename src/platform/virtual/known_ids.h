@@ -57,5 +57,6 @@ inline constexpr hresult kUnsupportedService = hr(0xC00D36BA);     // MF_E_UNSUP
 inline constexpr hresult kAttributeNotFound = hr(0xC00D36E6);      // MF_E_ATTRIBUTENOTFOUND
 inline constexpr hresult kHardwareInUse = hr(0xC00D3704);          // MF_E_HW_MFT_FAILED_START_STREAMING
 inline constexpr hresult kDeviceInvalidated = hr(0xC00D3EA2);      // MF_E_VIDEO_RECORDING_DEVICE_INVALIDATED
+inline constexpr hresult kPreempted = hr(0xC00D3EA3);              // MF_E_VIDEO_RECORDING_DEVICE_PREEMPTED
 
 }  // namespace vexcap::virtual_camera::ids

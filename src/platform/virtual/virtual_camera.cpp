@@ -24,6 +24,8 @@ void rename_group(const std::wstring& group_id, std::wstring display_name) {
   world().rename_group(group_id, std::move(display_name));
 }
 
+void set_held_by_other_app(const std::wstring& group_id, bool held) { world().set_held_by_other_app(group_id, held); }
+
 bool edit_source(const std::wstring& group_id, std::size_t index, const std::function<void(SourceModel&)>& edit) {
   bool found = false;
   world().edit_group(group_id, [&](GroupModel& group) {

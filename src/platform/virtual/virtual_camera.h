@@ -27,6 +27,9 @@ void add_group(GroupModel group);
 void remove_group(const std::wstring& group_id);  // open sessions on it fail
 void set_group_enabled(const std::wstring& group_id, bool enabled);  // disabling fails sessions
 void rename_group(const std::wstring& group_id, std::wstring display_name);
+// Another application takes exclusive control of a group (this process's exclusive sessions are
+// preempted and new ones refused) or gives it back; every session hears the status change.
+void set_held_by_other_app(const std::wstring& group_id, bool held);
 
 // ---- Live state (no events): edit or read a present group's sources and driver state ----
 bool edit_source(const std::wstring& group_id, std::size_t index, const std::function<void(SourceModel&)>& edit);

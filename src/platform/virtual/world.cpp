@@ -135,40 +135,39 @@ void World::fail_sessions_of(const GroupState* group, hresult code, const std::w
   for (auto& session : keep) session->post_failed({code, message});
 }
 
-bool World::exclusive_held_by_other(const GroupState& group, const SessionSink* self) const {
-  return std::any_of(sessions_.begin(), sessions_.end(), [&](const SessionEntry& e) {
-    return e.group.get() == &group && e.key != self && e.mode == SharingMode::ExclusiveControl;
-  });
-}
-
 void World::open_session(const std::shared_ptr<SessionSink>& session, const std::shared_ptr<GroupState>& group,
                          SharingMode mode) {
-  std::vector<std::shared_ptr<SessionSink>> keep;
   std::lock_guard lock(mutex_);
   if (group->removed || !group->model.enabled)
     throw PlatformError(ids::kDeviceInvalidated, L"The video recording device is no longer present.");
-  if (mode == SharingMode::ExclusiveControl) {
-    if (exclusive_held_by_other(*group, session.get()))
-      throw PlatformError(ids::kHardwareInUse,
-                          L"The hardware MFT failed to start streaming due to lack of hardware resources.");
-    keep = sessions_of(group.get(), session.get());
-    for (auto& other : keep)
-      other->post_exclusive_control_changed({group->model.id.value_or(L""), ExclusiveControlStatus::SharedReadOnlyAvailable});
-  }
+  if (mode == SharingMode::ExclusiveControl && exclusive_held_elsewhere(*group))
+    throw PlatformError(ids::kHardwareInUse,
+                        L"The hardware MFT failed to start streaming due to lack of hardware resources.");
   sessions_.push_back({session, session.get(), group, mode});
 }
 
 void World::close_session(const SessionSink* session) {
-  std::vector<std::shared_ptr<SessionSink>> keep;
   std::lock_guard lock(mutex_);
   auto it = std::find_if(sessions_.begin(), sessions_.end(), [&](auto& e) { return e.key == session; });
-  if (it == sessions_.end()) return;
-  SessionEntry entry = *it;
-  sessions_.erase(it);
-  if (entry.mode != SharingMode::ExclusiveControl) return;
-  keep = sessions_of(entry.group.get(), nullptr);
-  for (auto& other : keep)
-    other->post_exclusive_control_changed({entry.group->model.id.value_or(L""), ExclusiveControlStatus::ExclusiveControlAvailable});
+  if (it != sessions_.end()) sessions_.erase(it);
+}
+
+void World::set_held_by_other_app(const std::wstring& group_id, bool held) {
+  std::vector<std::shared_ptr<SessionSink>> keep;
+  std::lock_guard lock(mutex_);
+  auto it = std::find_if(groups_.begin(), groups_.end(), [&](auto& g) { return g->model.id == group_id; });
+  if (it == groups_.end() || (*it)->held_by_other_app == held) return;
+  GroupState& group = **it;
+  group.held_by_other_app = held;
+  const auto status = held ? ExclusiveControlStatus::SharedReadOnlyAvailable : ExclusiveControlStatus::ExclusiveControlAvailable;
+  for (auto& entry : sessions_) {
+    auto sink = entry.sink.lock();
+    if (!sink || entry.group.get() != &group) continue;
+    sink->post_exclusive_control_changed({group_id, status});
+    if (held && entry.mode == SharingMode::ExclusiveControl)
+      sink->post_failed({ids::kPreempted, L"The video recording device was preempted by another immersive application."});
+    keep.push_back(std::move(sink));  // released after unlocking
+  }
 }
 
 int World::session_count(const std::wstring& group_id, std::optional<SharingMode> mode) {

@@ -51,6 +51,7 @@ struct CallFault {
 struct GroupState {
   GroupModel model;
   bool removed = false;
+  bool held_by_other_app = false;  // another application has exclusive control
 };
 
 // What a capture session hears from the system; called with the World lock held, so it only posts.
@@ -97,8 +98,12 @@ class World {
   void open_session(const std::shared_ptr<SessionSink>& session, const std::shared_ptr<GroupState>& group,
                     platform::SharingMode mode);
   void close_session(const SessionSink* session);
-  // Another session than `self` holds exclusive control of the group. Caller holds mutex().
-  bool exclusive_held_by_other(const GroupState& group, const SessionSink* self) const;
+  // Exclusive control belongs to an application: this process's sessions share it, so only
+  // another application can hold it against them. Caller holds mutex().
+  bool exclusive_held_elsewhere(const GroupState& group) const { return group.held_by_other_app; }
+  // Another application takes exclusive control (this process's exclusive sessions are
+  // preempted and fail) or gives it back; the group's sessions hear the status change.
+  void set_held_by_other_app(const std::wstring& group_id, bool held);
   int session_count(const std::wstring& group_id, std::optional<platform::SharingMode> mode);
   void raise_failed(hresult code, const std::wstring& message, const std::optional<std::wstring>& group_id);
 
