@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Every test: native, AddressSanitizer + UndefinedBehaviorSanitizer, and the Windows build
+# Every test: native, AddressSanitizer + UndefinedBehaviorSanitizer, ThreadSanitizer, the Windows build
 # under Wine; then the product DLL's export table. Installs what is missing first.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -16,6 +16,7 @@ run_preset() {
 
 run_preset native
 run_preset asan
+run_preset tsan
 run_preset mingw
 
 echo "==== mingw-product ===="
