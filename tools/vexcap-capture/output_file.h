@@ -1,0 +1,34 @@
+// An output file that is complete or absent: bytes go to "<name>.part", which commit() renames
+// to the final name; a file never committed is removed (by its destructor, or by
+// remove_unfinished_files when the process has to end at once).
+#pragma once
+
+#include <cstdio>
+#include <filesystem>
+
+namespace vexcap::tool {
+
+class OutputFile {
+ public:
+  explicit OutputFile(std::filesystem::path path);  // throws ToolError when it cannot be created
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  std::FILE* stream() const { return stream_; }
+  const std::filesystem::path& path() const { return path_; }
+  // Flushes, closes and renames; throws ToolError when any of that fails (the file is removed).
+  void commit();
+
+ private:
+  void discard();
+
+  std::filesystem::path path_;
+  std::filesystem::path part_path_;
+  std::FILE* stream_ = nullptr;
+};
+
+// Removes every file of this process that is still being written. Safe from a watchdog thread.
+void remove_unfinished_files();
+
+}  // namespace vexcap::tool

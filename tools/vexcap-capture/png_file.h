@@ -1,0 +1,14 @@
+// A delivered frame as a PNG a person can open: Gray8 and Gray16 as grey of the same depth,
+// NV12 converted to RGB.
+#pragma once
+
+#include <filesystem>
+
+#include "vexcap/vexcap.h"
+
+namespace vexcap::tool {
+
+// Written through an OutputFile: the PNG is complete or absent. Throws ToolError.
+void write_frame_png(const std::filesystem::path& path, const vexcap_frame& frame);
+
+}  // namespace vexcap::tool
