@@ -102,4 +102,16 @@ Camera choose_camera(const std::optional<std::string>& camera_option) {
   return camera;
 }
 
+std::string kinds_text(const Capabilities& capabilities) {
+  std::string text;
+  const auto add = [&](bool present, const char* name) {
+    if (present) text += (text.empty() ? "" : ", ") + std::string(name);
+  };
+  add(capabilities.infrared, "infrared");
+  add(capabilities.color, "colour");
+  add(capabilities.depth, "depth");
+  add(capabilities.other, "other");
+  return text.empty() ? "none" : text;
+}
+
 }  // namespace vexcap::tool

@@ -61,6 +61,9 @@ struct Capabilities {
   bool other = false;
 };
 
+// "infrared, colour"
+std::string kinds_text(const Capabilities& capabilities);
+
 // vexcap_get_device_capabilities; nullopt when no camera has this id.
 std::optional<Capabilities> capabilities_of(const std::wstring& camera_id);
 

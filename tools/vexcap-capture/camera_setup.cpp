@@ -40,17 +40,17 @@ const char* reader_name(std::uint32_t reader) {
 
 const char* property_name(std::uint32_t id) {
   switch (id) {
-    case VEXCAP_PROP_FACE_AUTH_MODE: return "property 1, face-auth mode";
-    case VEXCAP_PROP_AUTO_EXPOSURE: return "property 2, auto exposure";
-    case VEXCAP_PROP_DIAGNOSTIC_LOG: return "property 5, diagnostic log";
-    case VEXCAP_PROP_STREAM_TYPE: return "property 9, format code";
-    case VEXCAP_PROP_STREAM_TYPE_APPLY: return "property 16, format code with frame-rate limit";
-    case VEXCAP_PROP_RGB_STATUS: return "property 17, RGB status";
-    case VEXCAP_PROP_RGB_OFF: return "property 18, colour stream off";
-    case VEXCAP_PROP_LLC: return "property 19, low-light compensation";
-    case VEXCAP_PROP_XU_CONTROL_18: return "property 20, extension-unit control 18";
-    case VEXCAP_PROP_VIDEO_CONTROL_MODE: return "property 21, video control mode";
-    case VEXCAP_PROP_HIRES_SENSOR_TYPE: return "property 22, high-resolution sensor type";
+    case VEXCAP_PROP_FACE_AUTH_MODE: return "property 1 (face-auth mode)";
+    case VEXCAP_PROP_AUTO_EXPOSURE: return "property 2 (auto exposure)";
+    case VEXCAP_PROP_DIAGNOSTIC_LOG: return "property 5 (diagnostic log)";
+    case VEXCAP_PROP_STREAM_TYPE: return "property 9 (format code)";
+    case VEXCAP_PROP_STREAM_TYPE_APPLY: return "property 16 (format code, rate limit)";
+    case VEXCAP_PROP_RGB_STATUS: return "property 17 (RGB status)";
+    case VEXCAP_PROP_RGB_OFF: return "property 18 (colour off)";
+    case VEXCAP_PROP_LLC: return "property 19 (LLC)";
+    case VEXCAP_PROP_XU_CONTROL_18: return "property 20 (XU control 18)";
+    case VEXCAP_PROP_VIDEO_CONTROL_MODE: return "property 21 (video control mode)";
+    case VEXCAP_PROP_HIRES_SENSOR_TYPE: return "property 22 (hi-res sensor type)";
     default: return "unknown property";
   }
 }

@@ -13,6 +13,7 @@
 #include "metadata_csv.h"
 #include "png_file.h"
 #include "progress_line.h"
+#include "seconds.h"
 #include "wide_text.h"
 
 namespace vexcap::tool {
@@ -57,11 +58,9 @@ int run_capture(const Options& options) {
 
   CaptureStats stats;
   std::uint64_t pngs = 0;
-  const std::chrono::duration<double> frame_timeout(options.frame_timeout_s);
+  const Clock::duration frame_timeout = seconds(options.frame_timeout_s);
   const std::optional<Clock::time_point> deadline =
-      options.seconds ? std::optional(Clock::now() + std::chrono::duration_cast<Clock::duration>(
-                                                         std::chrono::duration<double>(*options.seconds)))
-                      : std::nullopt;
+      options.seconds ? std::optional(Clock::now() + seconds(*options.seconds)) : std::nullopt;
   {
     ProgressLine progress(options.progress);
     Streaming streaming(device->handle(), &FrameIntake::callback, &intake, options.selector);

@@ -58,7 +58,7 @@ std::string summary_line(const CaptureStats& stats, std::uint64_t dropped_by_too
   std::snprintf(line, sizeof line,
                 "summary: %llu frames in %.2f s, %.2f fps, %llu dropped, %.1f MB; "
                 "interval ms p50 %.2f p90 %.2f p99 %.2f max %.2f; "
-                "callback us p50 %.0f p90 %.0f p99 %.0f max %.0f",
+                "callback us p50 %.1f p90 %.1f p99 %.1f max %.1f",
                 static_cast<unsigned long long>(stats.frames()), span_s, stats.frames_per_second(),
                 static_cast<unsigned long long>(stats.missing_frames() + dropped_by_tool),
                 static_cast<double>(stats.bytes()) / 1e6, interval.p50, interval.p90, interval.p99,

@@ -45,11 +45,11 @@ int run_info(const Options& options) {
   print_value("exposure", exposure_read,
               std::to_string(exposure) + " (100 ns units, " + std::to_string(exposure / 10) + " us)");
   std::uint32_t iso = 0;
-  print_value("ISO speed", guarded("vexcap_get_iso_speed", [&] { return vexcap_get_iso_speed(handle, &iso); }),
-              std::to_string(iso));
+  const int iso_read = guarded("vexcap_get_iso_speed", [&] { return vexcap_get_iso_speed(handle, &iso); });
+  print_value("ISO speed", iso_read, std::to_string(iso));
   unsigned int led = 0;
-  print_value("LED power", guarded("vexcap_get_led_power", [&] { return vexcap_get_led_power(handle, &led); }),
-              std::to_string(led));
+  const int led_read = guarded("vexcap_get_led_power", [&] { return vexcap_get_led_power(handle, &led); });
+  print_value("LED power", led_read, std::to_string(led));
 
   std::printf("device properties\n");
   std::uint32_t value = 0;

@@ -17,8 +17,12 @@ OpenCamera::OpenCamera(const std::wstring& camera_id, const vexcap_open_params& 
              }));
 }
 
-OpenCamera::~OpenCamera() {
-  guarded("vexcap_device_close", [this] { return vexcap_device_close(device_); });
+OpenCamera::~OpenCamera() { close(); }
+
+int OpenCamera::close() {
+  if (!open_) return VEXCAP_OK;
+  open_ = false;
+  return guarded("vexcap_device_close", [this] { return vexcap_device_close(device_); });
 }
 
 Streaming::Streaming(vexcap_device* device, vexcap_frame_callback callback, void* context,

@@ -25,9 +25,11 @@ class OpenCamera {
   OpenCamera& operator=(const OpenCamera&) = delete;
 
   vexcap_device* handle() const { return device_; }
+  int close();  // vexcap_device_close now, for a caller that reports its result
 
  private:
   vexcap_device* device_ = nullptr;
+  bool open_ = true;
 };
 
 class Streaming {

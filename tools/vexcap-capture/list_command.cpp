@@ -37,18 +37,6 @@ std::string panels_text(const std::uint8_t (&panels)[VEXCAP_PANEL_COUNT]) {
   return text;
 }
 
-std::string kinds_text(const Capabilities& capabilities) {
-  std::string text;
-  const auto add = [&](bool present, const char* name) {
-    if (present) text += (text.empty() ? "" : ", ") + std::string(name);
-  };
-  add(capabilities.infrared, "infrared");
-  add(capabilities.color, "colour");
-  add(capabilities.depth, "depth");
-  add(capabilities.other, "other");
-  return text.empty() ? "none" : text;
-}
-
 // "VID_F00D" and "PID_CAFE" of a USB instance path; empty when the id has none.
 std::pair<std::wstring, std::wstring> vid_pid_of(const std::wstring& id) {
   static const std::wregex pattern(L"(VID_[0-9A-Fa-f]{4})&(PID_[0-9A-Fa-f]{4})", std::regex::icase);
