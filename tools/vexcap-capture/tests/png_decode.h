@@ -1,0 +1,26 @@
+// Decodes a PNG with libpng's plain reader, without the tool's code: samples as stored,
+// 16-bit samples big-endian as the format defines them.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+namespace vexcap::tool::testing {
+
+struct DecodedPng {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  int bit_depth = 0;
+  int channels = 0;  // 1 grey, 3 RGB
+  std::vector<std::vector<std::uint8_t>> rows;
+
+  // Sample c of pixel (x, y).
+  unsigned sample(std::uint32_t x, std::uint32_t y, int c = 0) const;
+};
+
+// nullopt when the file is no complete, valid PNG.
+std::optional<DecodedPng> decode_png(const std::filesystem::path& path);
+
+}  // namespace vexcap::tool::testing
