@@ -93,7 +93,7 @@ int run_capture(const Options& options) {
   }
   csv.commit();
 
-  std::printf("%s\n", summary_line(stats, intake.dropped(), intake.callback_microseconds()).c_str());
+  std::printf("%s\n", summary_text(stats, intake.dropped(), intake.callback_microseconds()).c_str());
   std::printf("wrote %llu PNG file%s and frames.csv (%llu rows) to %s\n", static_cast<unsigned long long>(pngs),
               pngs == 1 ? "" : "s", static_cast<unsigned long long>(stats.frames()), options.out.c_str());
   if (interrupted()) {

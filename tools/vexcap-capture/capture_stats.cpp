@@ -47,7 +47,7 @@ Percentiles CaptureStats::interval_ms() const {
   return {us.p50 / 1000, us.p90 / 1000, us.p99 / 1000, us.max / 1000};
 }
 
-std::string summary_line(const CaptureStats& stats, std::uint64_t dropped_by_tool,
+std::string summary_text(const CaptureStats& stats, std::uint64_t dropped_by_tool,
                          const std::vector<double>& callback_us) {
   const double span_s = stats.frames_per_second() > 0
                             ? static_cast<double>(stats.frames() - 1) / stats.frames_per_second()
@@ -56,9 +56,9 @@ std::string summary_line(const CaptureStats& stats, std::uint64_t dropped_by_too
   const Percentiles callback = percentiles_of(callback_us);
   char line[512];
   std::snprintf(line, sizeof line,
-                "summary: %llu frames in %.2f s, %.2f fps, %llu dropped, %.1f MB; "
-                "interval ms p50 %.2f p90 %.2f p99 %.2f max %.2f; "
-                "callback us p50 %.1f p90 %.1f p99 %.1f max %.1f",
+                "summary: %llu frames in %.2f s, %.2f fps, %llu dropped, %.1f MB\n"
+                "  interval between frames (ms)  p50 %.2f  p90 %.2f  p99 %.2f  max %.2f\n"
+                "  callback latency (us)         p50 %.1f  p90 %.1f  p99 %.1f  max %.1f",
                 static_cast<unsigned long long>(stats.frames()), span_s, stats.frames_per_second(),
                 static_cast<unsigned long long>(stats.missing_frames() + dropped_by_tool),
                 static_cast<double>(stats.bytes()) / 1e6, interval.p50, interval.p90, interval.p99,

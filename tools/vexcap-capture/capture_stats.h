@@ -40,9 +40,9 @@ class CaptureStats {
   std::vector<double> intervals_us_;
 };
 
-// "summary: 30 frames in 1.00 s, 29.97 fps, 0 dropped, 13.8 MB; interval ms p50 ... ;
-// callback us p50 ..."
-std::string summary_line(const CaptureStats& stats, std::uint64_t dropped_by_tool,
+// "summary: 30 frames in 0.97 s, 30.00 fps, 0 dropped, 13.8 MB", then the percentiles of the
+// interval between frames and of the callback's latency on two more lines.
+std::string summary_text(const CaptureStats& stats, std::uint64_t dropped_by_tool,
                          const std::vector<double>& callback_us);
 
 }  // namespace vexcap::tool
