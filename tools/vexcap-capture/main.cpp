@@ -1,7 +1,6 @@
 // vexcap-capture: the host tool that runs the library's main job on any camera, virtual or
 // real. It uses only the public header, as every host does.
 #include <chrono>
-#include <clocale>
 #include <cstdio>
 
 #include "call_watchdog.h"
@@ -32,7 +31,7 @@ int run(const Options& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::setvbuf(stdout, nullptr, _IOLBF, 0);  // lines reach a pipe as they happen
+  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // lines reach a pipe as they happen
   try {
     return run(parse_options(argc, argv));
   } catch (const UsageError& error) {

@@ -1,8 +1,12 @@
 #include "progress_line.h"
 
-#include <unistd.h>
-
 #include <cstdio>
+#ifdef _WIN32
+#include <io.h>
+#define isatty _isatty
+#else
+#include <unistd.h>
+#endif
 
 namespace vexcap::tool {
 namespace {

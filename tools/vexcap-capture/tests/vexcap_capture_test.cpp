@@ -178,6 +178,19 @@ TEST_F(VexcapCaptureTest, AnInterruptedCaptureLeavesOnlyCompleteFiles) {
   EXPECT_EQ(csv_rows(out() / "frames.csv").size(), pngs.size() + 1);
 }
 
+TEST_F(VexcapCaptureTest, ListAndInfoDescribeTheCamera) {
+  const ToolRun list = run_tool({"list", "--vid", "VID_F00D", "--pid", "PID_CAFE"}, folder_);
+  EXPECT_EQ(list.exit_code, 0) << list.err;
+  for (const char* line : {"1 camera\n[1] Virtual Face Camera\n", "    sources     infrared, colour\n",
+                           "    group type  USB (VID_F00D, PID_CAFE)\n", "    VID_F00D/PID_CAFE  in use by this camera\n"})
+    EXPECT_NE(list.out.find(line), std::string::npos) << line << " in\n" << list.out;
+
+  const ToolRun info = run_tool({"info", "--reader", "color"}, folder_);
+  EXPECT_EQ(info.exit_code, 0) << info.err;
+  EXPECT_NE(info.out.find("  exposure                     10000 (100 ns units"), std::string::npos) << info.out;
+  EXPECT_NE(info.out.find("  ISO speed                    64\n"), std::string::npos) << info.out;
+}
+
 TEST_F(VexcapCaptureTest, CheckPassesOnTheVirtualCameraAndCountsWhatItCannotTest) {
   const ToolRun run = run_tool({"check", "--seconds-per-format", "0.2", "--cycles", "2"}, folder_);
   EXPECT_EQ(run.exit_code, 0) << run.out << run.err;
