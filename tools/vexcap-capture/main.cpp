@@ -16,7 +16,8 @@ namespace {
 int run(const Options& options) {
   set_call_time_limit(std::chrono::milliseconds(static_cast<long long>(options.call_timeout_s * 1000)));
   choose_scenario(options.scenario);
-  catch_interrupts();
+  // The commands that run until told to stop end in order on Ctrl-C; the others just end.
+  if (options.command == Command::Capture || options.command == Command::List) catch_interrupts();
   switch (options.command) {
     case Command::List: return run_list(options);
     case Command::Capture: return run_capture(options);
