@@ -60,7 +60,7 @@ capture only:
   --frame-timeout S   fail when no frame comes for S seconds (default 5)
   --no-progress       no live progress line (it shows only on a terminal anyway)
 
-  The summary line gives the frame rate measured from the frames' timestamps, the frames
+  The summary gives the frame rate measured from the frames' timestamps, the frames
   missing (timestamp gaps, plus frames the tool had no room for), the interval between
   frames, and the callback latency: how long the tool's frame callback held the library's
   frame thread.
