@@ -22,9 +22,11 @@ bool has_reader_kind(const Capabilities& capabilities, std::uint32_t reader) {
 void set_checked(vexcap_device* device, std::uint32_t id, std::uint32_t value) {
   const int result = set_property(device, id, value);
   if (result == VEXCAP_OK) return;
+  const bool format = id == VEXCAP_PROP_STREAM_TYPE || id == VEXCAP_PROP_STREAM_TYPE_APPLY;
   throw CallError("vexcap_set_dev_property (" + std::string(property_name(id)) + " = " +
                       std::to_string(value) + ")",
-                  result);
+                  result,
+                  format ? "`vexcap-capture check` streams every format code the camera accepts" : "");
 }
 
 }  // namespace
