@@ -86,8 +86,10 @@ int run_capture(const Options& options) {
         ++pngs;
       }
       csv.add_row(index, *frame, png);
-      progress.update(stats.frames(), options.frames.value_or(0), stats.frames_per_second(),
+      if (progress.due()) {
+        progress.show(stats.frames(), options.frames.value_or(0), stats.frames_per_second(),
                       stats.missing_frames() + intake.dropped(), stats.bytes());
+      }
     }
     streaming.stop();
   }

@@ -23,12 +23,13 @@ ProgressLine::~ProgressLine() {
   if (drawn_) std::fprintf(stderr, "\r\033[K");
 }
 
-void ProgressLine::update(std::uint64_t frames, std::uint64_t wanted, double fps, std::uint64_t dropped,
-                          std::uint64_t bytes) {
-  if (!shown_) return;
-  const auto now = std::chrono::steady_clock::now();
-  if (drawn_ && now - last_draw_ < kRedrawPeriod) return;
-  last_draw_ = now;
+bool ProgressLine::due() const {
+  return shown_ && (!drawn_ || std::chrono::steady_clock::now() - last_draw_ >= kRedrawPeriod);
+}
+
+void ProgressLine::show(std::uint64_t frames, std::uint64_t wanted, double fps, std::uint64_t dropped,
+                        std::uint64_t bytes) {
+  last_draw_ = std::chrono::steady_clock::now();
   drawn_ = true;
   char total[32] = "";
   if (wanted != 0) std::snprintf(total, sizeof total, "/%llu", static_cast<unsigned long long>(wanted));

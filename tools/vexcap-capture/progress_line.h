@@ -11,8 +11,10 @@ class ProgressLine {
  public:
   explicit ProgressLine(bool wanted);
   ~ProgressLine();  // clears the line
-  void update(std::uint64_t frames, std::uint64_t wanted, double fps, std::uint64_t dropped,
-              std::uint64_t bytes);
+  // True when the line is shown and due for a redraw: only then are its numbers worth working out.
+  bool due() const;
+  void show(std::uint64_t frames, std::uint64_t wanted, double fps, std::uint64_t dropped,
+            std::uint64_t bytes);
 
  private:
   bool shown_;
