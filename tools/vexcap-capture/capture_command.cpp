@@ -14,6 +14,7 @@
 #include "png_file.h"
 #include "progress_line.h"
 #include "seconds.h"
+#include "unsupported_format_watch.h"
 #include "wide_text.h"
 
 namespace vexcap::tool {
@@ -48,6 +49,7 @@ int run_capture(const Options& options) {
   const std::unique_ptr<OpenCamera> device = open_camera(camera, options.reader, options.width, options.height);
   if (options.diagnostic_log) switch_diagnostic_log_on(device->handle());
   apply_format_and_controls(device->handle(), options);
+  const UnsupportedFormatWatch unsupported_format(device->handle());
 
   const std::filesystem::path folder = prepare_folder(options.out);
   MetadataCsv csv(folder / "frames.csv");
@@ -69,6 +71,10 @@ int run_capture(const Options& options) {
            !(deadline && Clock::now() >= *deadline)) {
       vexcap_frame* next = intake.next(kPollPeriod);
       if (next == nullptr) {
+        if (unsupported_format.reported()) {
+          throw ToolError("no frames: the library reported the camera's frames as a format it cannot "
+                          "decode (unsupported-format event); choose another with --format");
+        }
         if (Clock::now() - last_frame > frame_timeout) {
           throw ToolError("no frame arrived for " + std::to_string(options.frame_timeout_s) +
                           " s after vexcap_start_streaming_ex (see --frame-timeout)");

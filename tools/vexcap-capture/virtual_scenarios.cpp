@@ -43,6 +43,14 @@ const std::vector<BuiltIn>& scenarios() {
          s.groups.at(0).sources.resize(1);
          return s;
        }},
+      {{"undecodable", "the default camera whose infrared sensor sends MJPG, which no bitmap decodes"},
+       [] {
+         vc::Scenario s = vc::default_scenario();
+         vc::SourceModel& infrared = s.groups.at(0).sources.at(0);
+         infrared.formats = {infrared.formats.at(0)};
+         infrared.formats[0].subtype = L"MJPG";
+         return s;
+       }},
       {{"no-camera", "a system without cameras"}, [] { return vc::Scenario{}; }},
   };
   return all;

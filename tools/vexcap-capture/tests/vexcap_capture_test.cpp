@@ -150,11 +150,16 @@ TEST_F(VexcapCaptureTest, Gray16FramesBecomeSixteenBitGreyPngs) {
   EXPECT_EQ(first_grey_mismatch(*png, n, 257), -1);
 }
 
-TEST_F(VexcapCaptureTest, AFailingCallExitsNonZeroNamingTheCallAndWritesNothing) {
+TEST_F(VexcapCaptureTest, AFailedCaptureExitsNonZeroSayingWhyAndWritesNothing) {
   const ToolRun run = run_tool({"capture", "--camera", "no-such-camera", "--out", out().string()}, folder_);
   EXPECT_EQ(run.exit_code, 1);
   EXPECT_NE(run.err.find("vexcap_get_device_capabilities failed: -1 VEXCAP_E_FAIL"), std::string::npos) << run.err;
   EXPECT_FALSE(fs::exists(out()));
+
+  const ToolRun undecodable = run_tool({"capture", "--scenario", "undecodable", "--out", out().string()}, folder_);
+  EXPECT_EQ(undecodable.exit_code, 1);
+  EXPECT_NE(undecodable.err.find("(unsupported-format event)"), std::string::npos) << undecodable.err;
+  EXPECT_TRUE(fs::is_empty(out()));
 
   const ToolRun usage = run_tool({"capture", "--frames", "many"}, folder_);
   EXPECT_EQ(usage.exit_code, 2);
