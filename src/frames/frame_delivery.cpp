@@ -1,7 +1,6 @@
 #include "frames/frame_delivery.h"
 
 #include <cstdlib>
-#include <cstring>
 
 #include "client/vexcap_client.h"
 #include "frames/fill_frame.h"
@@ -31,9 +30,10 @@ bool is_delivered_format(platform::PixelFormat format) {
          format == platform::PixelFormat::Nv12;
 }
 
-// Copies every byte of the bitmap's buffer into the record, converting other formats to NV12.
-// Answers the number of bytes copied.
-std::size_t copy_pixels(std::shared_ptr<platform::Bitmap> bitmap, vexcap_frame& record) {
+// Copies every byte of the bitmap's buffer into the record, converting other formats to NV12
+// and turning the pixels upright on the way.
+void copy_pixels(std::shared_ptr<platform::Bitmap> bitmap, platform::FrameSource* source,
+                 vexcap_frame& record) {
   if (!is_delivered_format(bitmap->pixel_format())) {
     bitmap = bitmap->convert(platform::PixelFormat::Nv12);
     record.pixel_format = static_cast<std::uint32_t>(platform::PixelFormat::Nv12);
@@ -45,10 +45,7 @@ std::size_t copy_pixels(std::shared_ptr<platform::Bitmap> bitmap, vexcap_frame& 
   }
   VXLOG('D', "Width: %u, Height: %u, Stride= %d", record.width, record.height, record.stride);
   // The whole capacity, not width x height: every plane with its row padding.
-  const std::uint32_t capacity = locked->capacity();
-  record.data = static_cast<std::uint8_t*>(std::malloc(capacity == 0 ? 1 : capacity));
-  if (capacity != 0) std::memcpy(record.data, locked->data(), capacity);
-  return capacity;
+  copy_pixels_upright(source, locked->data(), locked->capacity(), record);
 }
 
 }  // namespace
@@ -71,8 +68,7 @@ hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& read
       return HR_OK;
     }
 
-    const std::size_t capacity = copy_pixels(std::move(bitmap), *record);
-    rotate_record(client.frame_source().get(), *record, capacity);
+    copy_pixels(std::move(bitmap), client.frame_source().get(), *record);
 
     // No lock of the library's is held here: start and stop never wait for the host.
     if (!callback(record.release(), context)) return HR_DISCONNECTED;

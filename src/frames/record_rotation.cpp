@@ -1,6 +1,7 @@
 #include "frames/record_rotation.h"
 
 #include <cstdlib>
+#include <cstring>
 
 #include "frames/rotation.h"
 #include "frames/rotation_text.h"
@@ -17,32 +18,37 @@ std::optional<Rotation> declared_rotation(platform::FrameSource* source) {
   return parse_rotation_text(*text);
 }
 
+std::uint8_t* allocate(std::size_t bytes) {
+  return static_cast<std::uint8_t*>(std::malloc(bytes == 0 ? 1 : bytes));
+}
+
 }  // namespace
 
-void rotate_record(platform::FrameSource* source, vexcap_frame& record, std::size_t capacity) {
+void copy_pixels_upright(platform::FrameSource* source, const std::uint8_t* pixels,
+                         std::size_t capacity, vexcap_frame& record) {
   const std::optional<Rotation> rotation = declared_rotation(source);
-  if (!rotation) return;
   const FrameLayout layout{record.pixel_format, record.width, record.height, record.stride};
   // A buffer shorter than its layout claims is delivered as it came rather than overread.
   const std::size_t needed = frame_bytes(layout);
-  if (needed == 0 || needed > capacity) return;
+  const bool turns = rotation && needed != 0 && needed <= capacity;
+  const PixelKernels& kernels = pixel_kernels();
 
-  if (*rotation == Rotation::By180) {
-    rotate_half_turn_in_place(layout, record.data);
+  if (turns && *rotation != Rotation::By180) {
+    const std::size_t size = packed_frame_size(layout.pixel_format, layout.width, layout.height);
+    record.data = allocate(size);
+    rotate_quarter_turn(layout, pixels, *rotation, record.data, kernels);
+    const FrameLayout turned = rotated_layout(layout, *rotation);
+    record.width = turned.width;
+    record.height = turned.height;
+    record.stride = turned.stride;
     return;
   }
-  const std::size_t size = packed_frame_size(layout.pixel_format, layout.width, layout.height);
-  auto* rotated = static_cast<std::uint8_t*>(std::malloc(size));
-  if (!rotated || !rotate_quarter_turn(layout, record.data, *rotation, rotated)) {
-    std::free(rotated);
-    return;
+  record.data = allocate(capacity);
+  if (turns) {
+    rotate_half_turn_copy(layout, pixels, capacity, record.data, kernels);
+  } else if (capacity != 0) {
+    std::memcpy(record.data, pixels, capacity);
   }
-  std::free(record.data);
-  record.data = rotated;
-  const FrameLayout turned = rotated_layout(layout, *rotation);
-  record.width = turned.width;
-  record.height = turned.height;
-  record.stride = turned.stride;
 }
 
 }  // namespace vexcap::frames

@@ -1,14 +1,20 @@
-// Puts a frame record's pixels upright according to the rotation its source declares.
+// Builds a frame record's private copy of the pixels, upright according to the rotation the
+// frame source declares.
 #pragma once
+
+#include <cstddef>
+#include <cstdint>
 
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
 
 namespace vexcap::frames {
 
-// `capacity`: bytes at record.data. Reads the rotation of the source's current format; 90
-// and 270 move the pixels into a new C-heap buffer (the old one is freed), 180 works in place;
-// width, height and stride follow. No source, no rotation or another angle changes nothing.
-void rotate_record(platform::FrameSource* source, vexcap_frame& record, std::size_t capacity);
+// Sets record.data to a new C-heap block made from the `capacity` locked bytes at `pixels` in
+// one pass: turned by 90 or 270 into a packed buffer (width, height and stride follow), turned
+// by 180 with every byte of the capacity kept, or copied as it is when the source declares no
+// rotation, another angle, or a layout the bytes do not hold.
+void copy_pixels_upright(platform::FrameSource* source, const std::uint8_t* pixels,
+                         std::size_t capacity, vexcap_frame& record);
 
 }  // namespace vexcap::frames

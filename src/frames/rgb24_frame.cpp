@@ -2,7 +2,7 @@
 
 #include <cwctype>
 
-#include "frames/rgb24_to_nv12.h"
+#include "frames/simd/pixel_kernels.h"
 #include "log/log.h"
 
 namespace vexcap::frames {
@@ -67,7 +67,7 @@ hresult convert_rgb24_frame_to_nv12(platform::Frame& frame, platform::Platform& 
   }
   output->set_length(capacity);
 
-  convert_rgb24_plane_to_nv12(in.data, width, height, out.data);
+  pixel_kernels().rgb24_to_nv12(in.data, width, height, out.data);
 
   std::shared_ptr<platform::Bitmap> bitmap = platform.create_bitmap_copy_from_buffer(
       *output, platform::PixelFormat::Nv12, static_cast<std::int32_t>(width),

@@ -1,5 +1,8 @@
 #include "frames/rotation.h"
 
+#include <algorithm>
+#include <cstring>
+
 #include "frames/unit_moves.h"
 #include "frames/yuy2_chroma.h"
 
@@ -10,13 +13,30 @@ std::size_t unit_bytes(std::uint32_t pixel_format) {
   return (pixel_format == kGray16 || pixel_format == kYuy2) ? 2 : 1;
 }
 
-void rotate_units(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid, Rotation rotation,
-                  std::uint8_t* dst, std::size_t dst_pitch) {
+void rotate_units(const PixelKernels& kernels, const std::uint8_t* src, std::size_t src_pitch,
+                  UnitGrid grid, Rotation rotation, std::uint8_t* dst, std::size_t dst_pitch) {
   if (rotation == Rotation::By90) {
-    rotate_units_clockwise(src, src_pitch, grid, dst, dst_pitch);
+    kernels.rotate_clockwise(src, src_pitch, grid, dst, dst_pitch);
   } else {
-    rotate_units_counterclockwise(src, src_pitch, grid, dst, dst_pitch);
+    kernels.rotate_counterclockwise(src, src_pitch, grid, dst, dst_pitch);
   }
+}
+
+// Rows of one plane at `offset`, each filled from its mirrored row read backwards; the bytes
+// between a row's pixels and the next row (padding) are copied where they are, up to `bytes`.
+// Answers where the plane's last row ends.
+std::size_t copy_plane_reversed(const PixelKernels& kernels, const std::uint8_t* src,
+                                std::size_t bytes, std::size_t offset, std::size_t pitch,
+                                UnitGrid grid, std::uint8_t* dst) {
+  const std::size_t pixels = grid.cols * grid.unit;
+  for (std::size_t y = 0; y < grid.rows; ++y) {
+    const std::size_t row = offset + y * pitch;
+    kernels.reverse_units(src + offset + (grid.rows - 1 - y) * pitch, dst + row, grid.cols,
+                          grid.unit);
+    const std::size_t next_row = std::min(row + pitch, bytes);
+    if (next_row > row + pixels) std::memcpy(dst + row + pixels, src + row + pixels, next_row - row - pixels);
+  }
+  return std::min(offset + grid.rows * pitch, bytes);
 }
 
 }  // namespace
@@ -32,18 +52,24 @@ FrameLayout rotated_layout(const FrameLayout& layout, Rotation rotation) {
 
 bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rotation rotation,
                          std::uint8_t* dst) {
+  return rotate_quarter_turn(layout, src, rotation, dst, pixel_kernels_at(SimdLevel::Scalar));
+}
+
+bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rotation rotation,
+                         std::uint8_t* dst, const PixelKernels& kernels) {
   if (!is_valid_layout(layout) || rotation == Rotation::By180) return false;
   const std::size_t src_pitch = static_cast<std::size_t>(layout.stride);
   const std::size_t unit = unit_bytes(layout.pixel_format);
   const std::size_t dst_pitch = std::size_t{layout.height} * unit;  // new width in bytes
-  rotate_units(src, src_pitch, {unit, layout.width, layout.height}, rotation, dst, dst_pitch);
+  rotate_units(kernels, src, src_pitch, {unit, layout.width, layout.height}, rotation, dst,
+               dst_pitch);
 
   if (layout.pixel_format == kNv12) {
     // U and V travel together as one 2-byte unit; chroma rows are as long as Y rows.
     const std::uint8_t* src_chroma = src + std::size_t{layout.height} * src_pitch;
     std::uint8_t* dst_chroma = dst + std::size_t{layout.height} * layout.width;
-    rotate_units(src_chroma, src_pitch, {2, layout.width / 2, layout.height / 2}, rotation,
-                 dst_chroma, layout.height);
+    rotate_units(kernels, src_chroma, src_pitch, {2, layout.width / 2, layout.height / 2},
+                 rotation, dst_chroma, layout.height);
   } else if (layout.pixel_format == kYuy2) {
     // Note: for an even width the 270 turn leaves each pair V before U; this layout is never
     // delivered to the host, and the repair is kept exactly as it has always been.
@@ -65,6 +91,25 @@ bool rotate_half_turn_in_place(const FrameLayout& layout, std::uint8_t* data) {
     const std::size_t row = row_bytes(kYuy2, layout.width);
     for (std::uint32_t y = 0; y < layout.height; ++y) swap_yuy2_chroma_order(data + y * pitch, row);
   }
+  return true;
+}
+
+bool rotate_half_turn_copy(const FrameLayout& layout, const std::uint8_t* src, std::size_t bytes,
+                           std::uint8_t* dst, const PixelKernels& kernels) {
+  if (!is_valid_layout(layout) || frame_bytes(layout) > bytes) return false;
+  const std::size_t pitch = static_cast<std::size_t>(layout.stride);
+  std::size_t done = copy_plane_reversed(
+      kernels, src, bytes, 0, pitch, {unit_bytes(layout.pixel_format), layout.width, layout.height},
+      dst);
+  if (layout.pixel_format == kNv12) {
+    done = copy_plane_reversed(kernels, src, bytes, std::size_t{layout.height} * pitch, pitch,
+                               {2, layout.width / 2, layout.height / 2}, dst);
+  } else if (layout.pixel_format == kYuy2) {
+    // The rows were just written: the exchange runs on cached bytes.
+    const std::size_t row = row_bytes(kYuy2, layout.width);
+    for (std::uint32_t y = 0; y < layout.height; ++y) swap_yuy2_chroma_order(dst + y * pitch, row);
+  }
+  if (done < bytes) std::memcpy(dst + done, src + done, bytes - done);
   return true;
 }
 

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "frames/frame_layout.h"
+#include "frames/simd/pixel_kernels.h"
 
 namespace vexcap::frames {
 
@@ -25,10 +26,20 @@ FrameLayout rotated_layout(const FrameLayout& layout, Rotation rotation);
 // Returns false and writes nothing for an invalid layout or a half turn.
 bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rotation rotation,
                          std::uint8_t* dst);
+// The same with the unit moves of `kernels`; the scalar table gives the function above.
+bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rotation rotation,
+                         std::uint8_t* dst, const PixelKernels& kernels);
 
 // Rotates by 180 in place: every plane's units are reversed row by row (padding stays put), as
 // bytes for Gray8 and NV12's Y plane, as 2-byte units for Gray16, YUY2 and NV12's chroma pairs;
 // YUY2 groups then get U back before V. Returns false and changes nothing for an invalid layout.
 bool rotate_half_turn_in_place(const FrameLayout& layout, std::uint8_t* data);
+
+// The half turn in one pass from `src` into `dst` (`bytes` bytes each, at least
+// frame_bytes(layout)): dst ends up as a copy of src turned in place by the function above,
+// every byte outside the planes' pixels copied where it is. Returns false and writes nothing
+// for an invalid layout or a buffer too short for it.
+bool rotate_half_turn_copy(const FrameLayout& layout, const std::uint8_t* src, std::size_t bytes,
+                           std::uint8_t* dst, const PixelKernels& kernels);
 
 }  // namespace vexcap::frames

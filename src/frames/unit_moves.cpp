@@ -55,4 +55,10 @@ void reverse_units_in_place(std::uint8_t* data, std::size_t pitch, UnitGrid grid
   }
 }
 
+void reverse_units_copy(const std::uint8_t* src, std::uint8_t* dst, std::size_t units,
+                        std::size_t unit) {
+  for (std::size_t i = 0; i < units; ++i)
+    std::memcpy(dst + i * unit, src + (units - 1 - i) * unit, unit);
+}
+
 }  // namespace vexcap::frames

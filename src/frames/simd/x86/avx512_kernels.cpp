@@ -1,0 +1,219 @@
+// AVX-512 (F, BW, VL, DQ) kernels. Built with those -m flags and -ffp-contract=off: no fused
+// multiply-add may change a byte.
+//
+// Only declarations may be included besides <immintrin.h>: an inline function instantiated
+// here could be shared with translation units that run on CPUs without AVX-512.
+#include <immintrin.h>
+
+#include <cstdint>
+
+#include "frames/rgb24_to_nv12.h"
+#include "frames/simd/tiled_rotation.h"
+#include "frames/simd/x86/x86_kernels.h"
+
+namespace vexcap::frames::x86 {
+namespace {
+
+__m128i load128(const std::uint8_t* p) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+__m512i load_quad(const std::uint8_t* a, const std::uint8_t* b, const std::uint8_t* c,
+                  const std::uint8_t* d) {
+  __m512i v = _mm512_castsi128_si512(load128(a));
+  v = _mm512_inserti32x4(v, load128(b), 1);
+  v = _mm512_inserti32x4(v, load128(c), 2);
+  return _mm512_inserti32x4(v, load128(d), 3);
+}
+void store(std::uint8_t* p, __m512i v) { _mm512_storeu_si512(p, v); }
+
+// ---- RGB24 to NV12: sixteen columns of a row pair at a time ----------------------------------
+// The arithmetic and its exactness argument are those of the SSE2 kernel.
+
+struct Channels {
+  __m512i r, g, b;
+};
+
+// Exactly the 48 bytes of sixteen pixels (a masked load), spread so that each 128-bit lane
+// holds four pixels at bytes 0-11; each channel lands zero-extended in 32 bits.
+Channels load16(const std::uint8_t* p) {
+  const __m512i spread = _mm512_setr_epi32(0, 1, 2, 3, 3, 4, 5, 6, 6, 7, 8, 9, 9, 10, 11, 12);
+  const __m512i v = _mm512_permutexvar_epi32(spread, _mm512_maskz_loadu_epi32(0x0FFF, p));
+  const __m512i pick_r = _mm512_broadcast_i32x4(
+      _mm_setr_epi8(0, -1, -1, -1, 3, -1, -1, -1, 6, -1, -1, -1, 9, -1, -1, -1));
+  const __m512i one = _mm512_set1_epi32(1);
+  return {_mm512_shuffle_epi8(v, pick_r), _mm512_shuffle_epi8(v, _mm512_add_epi32(pick_r, one)),
+          _mm512_shuffle_epi8(v, _mm512_add_epi32(pick_r, _mm512_add_epi32(one, one)))};
+}
+
+__m128i luma16(const Channels& c) {
+  __m512 s = _mm512_add_ps(_mm512_mul_ps(_mm512_set1_ps(0.257f), _mm512_cvtepi32_ps(c.r)),
+                           _mm512_mul_ps(_mm512_set1_ps(0.504f), _mm512_cvtepi32_ps(c.g)));
+  s = _mm512_add_ps(s, _mm512_mul_ps(_mm512_set1_ps(0.098f), _mm512_cvtepi32_ps(c.b)));
+  s = _mm512_add_ps(_mm512_add_ps(s, _mm512_set1_ps(16.0f)), _mm512_set1_ps(0.5f));
+  return _mm512_cvtepi32_epi8(_mm512_cvttps_epi32(s));
+}
+
+__m512 block_sums(__m512i top, __m512i bottom) {
+  const __m512i column = _mm512_add_epi32(top, bottom);
+  return _mm512_cvtepi32_ps(_mm512_add_epi32(column, _mm512_srli_epi64(column, 32)));
+}
+
+__m512 weigh(__m512 sr, __m512 sg, __m512 sb, float wr, float wg, float wb) {
+  const __m512 s =
+      _mm512_add_ps(_mm512_mul_ps(sr, _mm512_set1_ps(wr)), _mm512_mul_ps(sg, _mm512_set1_ps(wg)));
+  return _mm512_add_ps(_mm512_add_ps(s, _mm512_mul_ps(sb, _mm512_set1_ps(wb))),
+                       _mm512_set1_ps(514000.0f));
+}
+
+__mmask16 whole_quotients(__m512 numerator) {
+  const __m512 nearest =
+      _mm512_roundscale_ps(_mm512_mul_ps(numerator, _mm512_set1_ps(1.0f / 4000)),
+                           _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
+  return _mm512_cmp_ps_mask(_mm512_mul_ps(nearest, _mm512_set1_ps(4000.0f)), numerator,
+                            _CMP_EQ_OQ);
+}
+
+void rgb24_row_pair(const std::uint8_t* row0, const std::uint8_t* row1, std::uint32_t width,
+                    std::uint8_t* y0, std::uint8_t* y1, std::uint8_t* uv) {
+  std::uint32_t x = 0;
+  for (; x + 16 <= width; x += 16) {
+    const Channels a = load16(row0 + std::size_t{x} * 3);
+    const Channels b = load16(row1 + std::size_t{x} * 3);
+    const __m512 sr = block_sums(a.r, b.r), sg = block_sums(a.g, b.g), sb = block_sums(a.b, b.b);
+    const __m512 nu = weigh(sr, sg, sb, -148.0f, -291.0f, 439.0f);
+    const __m512 nv = weigh(sr, sg, sb, 439.0f, -368.0f, -71.0f);
+    if ((whole_quotients(nu) | whole_quotients(nv)) & 0x5555) {
+      convert_rgb24_row_pair(row0 + std::size_t{x} * 3, row1 + std::size_t{x} * 3, 16, y0 + x,
+                             y1 + x, uv + x);
+      continue;
+    }
+    const __m512i qu = _mm512_cvttps_epi32(_mm512_mul_ps(nu, _mm512_set1_ps(1.0f / 4000)));
+    const __m512i qv = _mm512_cvttps_epi32(_mm512_mul_ps(nv, _mm512_set1_ps(1.0f / 4000)));
+    // Block k's U and V sit in the low 16 bits of 64-bit lane k.
+    const __m512i pairs = _mm512_or_si512(qu, _mm512_slli_epi32(qv, 8));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y0 + x), luma16(a));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(y1 + x), luma16(b));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(uv + x), _mm512_cvtepi64_epi16(pairs));
+  }
+  if (x < width) {
+    convert_rgb24_row_pair(row0 + std::size_t{x} * 3, row1 + std::size_t{x} * 3, width - x,
+                           y0 + x, y1 + x, uv + x);
+  }
+}
+
+void rgb24_to_nv12(const std::uint8_t* src, std::uint32_t width, std::uint32_t height,
+                   std::uint8_t* dst) {
+  const std::size_t src_row = std::size_t{width} * 3;
+  std::uint8_t* chroma = dst + std::size_t{width} * height;
+  for (std::size_t pair = 0; pair < height / 2; ++pair) {
+    const std::size_t top = pair * 2;
+    rgb24_row_pair(src + top * src_row, src + (top + 1) * src_row, width, dst + top * width,
+                   dst + (top + 1) * width, chroma + pair * width);
+  }
+}
+
+// ---- Transposes: four tiles side by side, one per 128-bit lane --------------------------------
+
+void transpose_lanes_u8(__m512i r[16]) {
+  for (int round = 0; round < 4; ++round) {
+    __m512i t[16];
+    for (int i = 0; i < 8; ++i) {
+      t[2 * i] = _mm512_unpacklo_epi8(r[i], r[i + 8]);
+      t[2 * i + 1] = _mm512_unpackhi_epi8(r[i], r[i + 8]);
+    }
+    for (int i = 0; i < 16; ++i) r[i] = t[i];
+  }
+}
+
+void transpose_lanes_u16(__m512i r[8]) {
+  for (int round = 0; round < 3; ++round) {
+    __m512i t[8];
+    for (int i = 0; i < 4; ++i) {
+      t[2 * i] = _mm512_unpacklo_epi16(r[i], r[i + 4]);
+      t[2 * i + 1] = _mm512_unpackhi_epi16(r[i], r[i + 4]);
+    }
+    for (int i = 0; i < 8; ++i) r[i] = t[i];
+  }
+}
+
+// A tile is N source columns by 4N source rows (N = 16 bytes or 8 two-byte units); each
+// destination row is 64 bytes. Clockwise, lane k takes source rows from the bottom up so that
+// every destination row comes out in order.
+template <int N>
+void turn_tile(const std::uint8_t* src, std::size_t src_pitch, std::uint8_t* dst,
+               std::size_t dst_pitch, bool clockwise) {
+  __m512i r[N];
+  for (int i = 0; i < N; ++i) {
+    if (clockwise) {
+      r[i] = load_quad(src + (4 * N - 1 - i) * src_pitch, src + (3 * N - 1 - i) * src_pitch,
+                       src + (2 * N - 1 - i) * src_pitch, src + (N - 1 - i) * src_pitch);
+    } else {
+      r[i] = load_quad(src + i * src_pitch, src + (N + i) * src_pitch,
+                       src + (2 * N + i) * src_pitch, src + (3 * N + i) * src_pitch);
+    }
+  }
+  if constexpr (N == 16) transpose_lanes_u8(r); else transpose_lanes_u16(r);
+  for (int j = 0; j < N; ++j) store(dst + (clockwise ? j : N - 1 - j) * dst_pitch, r[j]);
+}
+
+void tile_u8_cw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
+  turn_tile<16>(s, sp, d, dp, true);
+}
+void tile_u8_ccw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
+  turn_tile<16>(s, sp, d, dp, false);
+}
+void tile_u16_cw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
+  turn_tile<8>(s, sp, d, dp, true);
+}
+void tile_u16_ccw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
+  turn_tile<8>(s, sp, d, dp, false);
+}
+
+void rotate_clockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
+                      std::uint8_t* dst, std::size_t dst_pitch) {
+  if (grid.unit == 1) {
+    rotate_clockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {16, 64}, tile_u8_cw);
+  } else if (grid.unit == 2) {
+    rotate_clockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {8, 32}, tile_u16_cw);
+  } else {
+    rotate_units_clockwise(src, src_pitch, grid, dst, dst_pitch);
+  }
+}
+
+void rotate_counterclockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
+                             std::uint8_t* dst, std::size_t dst_pitch) {
+  if (grid.unit == 1) {
+    rotate_counterclockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {16, 64}, tile_u8_ccw);
+  } else if (grid.unit == 2) {
+    rotate_counterclockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {8, 32}, tile_u16_ccw);
+  } else {
+    rotate_units_counterclockwise(src, src_pitch, grid, dst, dst_pitch);
+  }
+}
+
+// ---- Row reversal ----------------------------------------------------------------------------
+
+void reverse_units(const std::uint8_t* src, std::uint8_t* dst, std::size_t units,
+                   std::size_t unit) {
+  if (unit != 1 && unit != 2) return reverse_units_copy(src, dst, units, unit);
+  const __m512i mirror = _mm512_broadcast_i32x4(
+      unit == 1 ? _mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0)
+                : _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1));
+  const std::size_t bytes = units * unit;
+  std::size_t done = 0;
+  for (; done + 64 <= bytes; done += 64) {
+    const __m512i v = _mm512_loadu_si512(src + bytes - done - 64);
+    const __m512i lanes_mirrored = _mm512_shuffle_epi8(v, mirror);
+    store(dst + done, _mm512_shuffle_i64x2(lanes_mirrored, lanes_mirrored, 0x1B));
+  }
+  reverse_units_copy(src, dst + done, (bytes - done) / unit, unit);
+}
+
+const PixelKernels kKernels = {SimdLevel::Avx512, rgb24_to_nv12, rotate_clockwise,
+                               rotate_counterclockwise, reverse_units};
+
+}  // namespace
+
+const PixelKernels& avx512_kernels() { return kKernels; }
+
+}  // namespace vexcap::frames::x86

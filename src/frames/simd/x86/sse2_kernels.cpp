@@ -1,0 +1,206 @@
+// SSE2 kernels: the x86-64 baseline. Built with -ffp-contract=off like every kernel file.
+//
+// Only declarations may be included besides <emmintrin.h>: an inline function instantiated
+// here could be shared with other translation units built for another instruction set.
+#include <emmintrin.h>
+
+#include <cstdint>
+#include <cstring>
+
+#include "frames/rgb24_to_nv12.h"
+#include "frames/simd/tiled_rotation.h"
+#include "frames/simd/x86/x86_kernels.h"
+
+namespace vexcap::frames::x86 {
+namespace {
+
+// ---- RGB24 to NV12: four columns of a row pair at a time ------------------------------------
+// Y in single precision exactly as the reference orders it. U and V from the 2x2 channel sums:
+// (-148 SR - 291 SG + 439 SB + 514000) / 4000 and (439 SR - 368 SG - 71 SB + 514000) / 4000,
+// truncated, equal the float formula unless the quotient is a whole number, where the float
+// rounding decides: such groups go to the scalar reference.
+
+struct Channels {
+  __m128i r, g, b;
+};
+
+Channels load4(const std::uint8_t* p) {
+  return {_mm_setr_epi32(p[0], p[3], p[6], p[9]), _mm_setr_epi32(p[1], p[4], p[7], p[10]),
+          _mm_setr_epi32(p[2], p[5], p[8], p[11])};
+}
+
+std::uint32_t luma4(const Channels& c) {
+  __m128 s = _mm_add_ps(_mm_mul_ps(_mm_set1_ps(0.257f), _mm_cvtepi32_ps(c.r)),
+                        _mm_mul_ps(_mm_set1_ps(0.504f), _mm_cvtepi32_ps(c.g)));
+  s = _mm_add_ps(s, _mm_mul_ps(_mm_set1_ps(0.098f), _mm_cvtepi32_ps(c.b)));
+  s = _mm_add_ps(_mm_add_ps(s, _mm_set1_ps(16.0f)), _mm_set1_ps(0.5f));
+  __m128i y = _mm_cvttps_epi32(s);
+  y = _mm_packs_epi32(y, y);
+  return static_cast<std::uint32_t>(_mm_cvtsi128_si32(_mm_packus_epi16(y, y)));
+}
+
+// Lane 2k holds the sum over block k; odd lanes are left over.
+__m128i block_sums(__m128i top, __m128i bottom) {
+  const __m128i column = _mm_add_epi32(top, bottom);
+  return _mm_add_epi32(column, _mm_srli_epi64(column, 32));
+}
+
+__m128 weigh(__m128 sr, __m128 sg, __m128 sb, float wr, float wg, float wb) {
+  const __m128 s = _mm_add_ps(_mm_mul_ps(sr, _mm_set1_ps(wr)), _mm_mul_ps(sg, _mm_set1_ps(wg)));
+  return _mm_add_ps(_mm_add_ps(s, _mm_mul_ps(sb, _mm_set1_ps(wb))), _mm_set1_ps(514000.0f));
+}
+
+// Lanes whose numerator is a multiple of 4000.
+int whole_quotients(__m128 numerator) {
+  const __m128 nearest = _mm_cvtepi32_ps(_mm_cvtps_epi32(_mm_mul_ps(numerator, _mm_set1_ps(1.0f / 4000))));
+  return _mm_movemask_ps(_mm_cmpeq_ps(_mm_mul_ps(nearest, _mm_set1_ps(4000.0f)), numerator));
+}
+
+void rgb24_row_pair(const std::uint8_t* row0, const std::uint8_t* row1, std::uint32_t width,
+                    std::uint8_t* y0, std::uint8_t* y1, std::uint8_t* uv) {
+  std::uint32_t x = 0;
+  for (; x + 4 <= width; x += 4) {
+    const Channels a = load4(row0 + std::size_t{x} * 3);
+    const Channels b = load4(row1 + std::size_t{x} * 3);
+    const __m128 sr = _mm_cvtepi32_ps(block_sums(a.r, b.r));
+    const __m128 sg = _mm_cvtepi32_ps(block_sums(a.g, b.g));
+    const __m128 sb = _mm_cvtepi32_ps(block_sums(a.b, b.b));
+    const __m128 nu = weigh(sr, sg, sb, -148.0f, -291.0f, 439.0f);
+    const __m128 nv = weigh(sr, sg, sb, 439.0f, -368.0f, -71.0f);
+    if ((whole_quotients(nu) | whole_quotients(nv)) & 0x5) {
+      convert_rgb24_row_pair(row0 + std::size_t{x} * 3, row1 + std::size_t{x} * 3, 4, y0 + x,
+                             y1 + x, uv + x);
+      continue;
+    }
+    const __m128i qu = _mm_cvttps_epi32(_mm_mul_ps(nu, _mm_set1_ps(1.0f / 4000)));
+    const __m128i qv = _mm_cvttps_epi32(_mm_mul_ps(nv, _mm_set1_ps(1.0f / 4000)));
+    const __m128i pairs = _mm_or_si128(qu, _mm_slli_epi32(qv, 8));
+    const std::uint16_t chroma[2] = {static_cast<std::uint16_t>(_mm_extract_epi16(pairs, 0)),
+                                     static_cast<std::uint16_t>(_mm_extract_epi16(pairs, 4))};
+    const std::uint32_t luma_top = luma4(a), luma_bottom = luma4(b);
+    std::memcpy(y0 + x, &luma_top, 4);
+    std::memcpy(y1 + x, &luma_bottom, 4);
+    std::memcpy(uv + x, chroma, 4);
+  }
+  if (x < width) {
+    convert_rgb24_row_pair(row0 + std::size_t{x} * 3, row1 + std::size_t{x} * 3, width - x,
+                           y0 + x, y1 + x, uv + x);
+  }
+}
+
+void rgb24_to_nv12(const std::uint8_t* src, std::uint32_t width, std::uint32_t height,
+                   std::uint8_t* dst) {
+  const std::size_t src_row = std::size_t{width} * 3;
+  std::uint8_t* chroma = dst + std::size_t{width} * height;
+  for (std::size_t pair = 0; pair < height / 2; ++pair) {
+    const std::size_t top = pair * 2;
+    rgb24_row_pair(src + top * src_row, src + (top + 1) * src_row, width, dst + top * width,
+                   dst + (top + 1) * width, chroma + pair * width);
+  }
+}
+
+// ---- Transposes ----------------------------------------------------------------------------
+// Interleaving row i with row i + n/2, log2(n) times over, transposes n rows of n units.
+
+void transpose_16x16_u8(__m128i r[16]) {
+  for (int round = 0; round < 4; ++round) {
+    __m128i t[16];
+    for (int i = 0; i < 8; ++i) {
+      t[2 * i] = _mm_unpacklo_epi8(r[i], r[i + 8]);
+      t[2 * i + 1] = _mm_unpackhi_epi8(r[i], r[i + 8]);
+    }
+    for (int i = 0; i < 16; ++i) r[i] = t[i];
+  }
+}
+
+void transpose_8x8_u16(__m128i r[8]) {
+  for (int round = 0; round < 3; ++round) {
+    __m128i t[8];
+    for (int i = 0; i < 4; ++i) {
+      t[2 * i] = _mm_unpacklo_epi16(r[i], r[i + 4]);
+      t[2 * i + 1] = _mm_unpackhi_epi16(r[i], r[i + 4]);
+    }
+    for (int i = 0; i < 8; ++i) r[i] = t[i];
+  }
+}
+
+__m128i load(const std::uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
+void store(std::uint8_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
+
+template <int N>
+void turn_tile(const std::uint8_t* src, std::size_t src_pitch, std::uint8_t* dst,
+               std::size_t dst_pitch, bool clockwise) {
+  __m128i r[N];
+  for (int i = 0; i < N; ++i) r[i] = load(src + (clockwise ? N - 1 - i : i) * src_pitch);
+  if constexpr (N == 16) transpose_16x16_u8(r); else transpose_8x8_u16(r);
+  for (int j = 0; j < N; ++j) store(dst + (clockwise ? j : N - 1 - j) * dst_pitch, r[j]);
+}
+
+void tile_u8_cw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
+  turn_tile<16>(s, sp, d, dp, true);
+}
+void tile_u8_ccw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
+  turn_tile<16>(s, sp, d, dp, false);
+}
+void tile_u16_cw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
+  turn_tile<8>(s, sp, d, dp, true);
+}
+void tile_u16_ccw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
+  turn_tile<8>(s, sp, d, dp, false);
+}
+
+void rotate_clockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
+                      std::uint8_t* dst, std::size_t dst_pitch) {
+  if (grid.unit == 1) {
+    rotate_clockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {16, 16}, tile_u8_cw);
+  } else if (grid.unit == 2) {
+    rotate_clockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {8, 8}, tile_u16_cw);
+  } else {
+    rotate_units_clockwise(src, src_pitch, grid, dst, dst_pitch);
+  }
+}
+
+void rotate_counterclockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
+                             std::uint8_t* dst, std::size_t dst_pitch) {
+  if (grid.unit == 1) {
+    rotate_counterclockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {16, 16}, tile_u8_ccw);
+  } else if (grid.unit == 2) {
+    rotate_counterclockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {8, 8}, tile_u16_ccw);
+  } else {
+    rotate_units_counterclockwise(src, src_pitch, grid, dst, dst_pitch);
+  }
+}
+
+// ---- Row reversal ----------------------------------------------------------------------------
+
+__m128i reverse_u16(__m128i v) {
+  v = _mm_shuffle_epi32(v, 0x1B);
+  v = _mm_shufflelo_epi16(v, 0xB1);
+  return _mm_shufflehi_epi16(v, 0xB1);
+}
+
+__m128i reverse_u8(__m128i v) {
+  v = reverse_u16(v);
+  return _mm_or_si128(_mm_slli_epi16(v, 8), _mm_srli_epi16(v, 8));
+}
+
+void reverse_units(const std::uint8_t* src, std::uint8_t* dst, std::size_t units,
+                   std::size_t unit) {
+  if (unit != 1 && unit != 2) return reverse_units_copy(src, dst, units, unit);
+  const std::size_t bytes = units * unit;
+  std::size_t done = 0;
+  for (; done + 16 <= bytes; done += 16) {
+    const __m128i v = load(src + bytes - done - 16);
+    store(dst + done, unit == 1 ? reverse_u8(v) : reverse_u16(v));
+  }
+  reverse_units_copy(src, dst + done, (bytes - done) / unit, unit);
+}
+
+const PixelKernels kKernels = {SimdLevel::Sse2, rgb24_to_nv12, rotate_clockwise,
+                               rotate_counterclockwise, reverse_units};
+
+}  // namespace
+
+const PixelKernels& sse2_kernels() { return kKernels; }
+
+}  // namespace vexcap::frames::x86

@@ -1,0 +1,13 @@
+// The x86-64 kernel tables, one translation unit each, compiled for their instruction set.
+// Only pixel_kernels.cpp refers to them, and only after checking the CPU.
+#pragma once
+
+#include "frames/simd/pixel_kernels.h"
+
+namespace vexcap::frames::x86 {
+
+const PixelKernels& sse2_kernels();
+const PixelKernels& avx2_kernels();
+const PixelKernels& avx512_kernels();
+
+}  // namespace vexcap::frames::x86
