@@ -33,6 +33,8 @@ constexpr std::size_t kFormatCapacity = 1024;
 void write(std::uint64_t, int, char level, const char* format, ...) {
   LogState& log = state();
   if (!log.ready.load(std::memory_order_acquire)) return;
+  // Off is the common case on the frame path: skip the lock (the gate is read again under it).
+  if (log.gate.load(std::memory_order_relaxed) == 0) return;
 
   std::lock_guard<std::mutex> guard(log.lock);
   if (log.gate.load(std::memory_order_relaxed) == 0 || format == nullptr) return;

@@ -11,6 +11,8 @@
 #include "client/vexcap_client.h"
 #include "frames/frame_rate.h"
 #include "frames/rgb24_to_nv12.h"
+#include "frames/rotation.h"
+#include "frames/simd/pixel_kernels.h"
 #include "platform/virtual/virtual_camera.h"
 #include "support/log_capture.h"
 
@@ -114,6 +116,59 @@ TEST_F(FrameDelivery, QuarterTurnDeliversPortraitBytes) {
   for (std::uint32_t r = 0; r < 640; ++r)
     for (std::uint32_t c = 0; c < 480; ++c) ASSERT_EQ(f.data[r * 480 + c], luma(r, 479 - c, 0));
 }
+
+// The camera's padded NV12 frame n as the platform lays it out (stride 656, padding 0).
+std::vector<std::uint8_t> padded_nv12_pattern(std::uint32_t n) {
+  constexpr std::uint32_t kStride = 656;
+  std::vector<std::uint8_t> frame(kStride * 480 * 3 / 2, 0);
+  for (std::uint32_t y = 0; y < 480; ++y)
+    for (std::uint32_t x = 0; x < 640; ++x) frame[y * kStride + x] = luma(x, y, n);
+  for (std::uint32_t j = 0; j < 240; ++j)
+    for (std::uint32_t i = 0; i < 320; ++i) {
+      frame[(480 + j) * kStride + 2 * i] = static_cast<std::uint8_t>(64 + i + j + n);
+      frame[(480 + j) * kStride + 2 * i + 1] = static_cast<std::uint8_t>(192 + i + 2 * j + n);
+    }
+  return frame;
+}
+
+// One stream per angle; each instruction-set level, forced in turn, turns the next frame.
+// Expected bytes: the documented pattern turned by the scalar reference.
+class FrameDeliveryAtEveryLevel : public FrameDelivery {
+ protected:
+  void expect_turned_frames(std::int32_t angle) {
+    stream_infrared([angle](vc::SourceModel& s) {
+      s.formats = {format(L"NV12", 20, angle)};
+      s.stride_padding = 16;
+    });
+    const FrameLayout layout{kNv12, 640, 480, 656};
+    std::uint32_t n = 0;
+    for (SimdLevel level : {SimdLevel::Scalar, SimdLevel::Sse2, SimdLevel::Avx2, SimdLevel::Avx512}) {
+      ScopedSimdCap cap(level);
+      vc::advance_time(50ms);
+      ASSERT_EQ(collector.frames.size(), n + 1);
+      const vexcap_frame& f = *collector.frames[n];
+      std::vector<std::uint8_t> expected = padded_nv12_pattern(n++);
+      if (angle == 180) {
+        ASSERT_TRUE(rotate_half_turn_in_place(layout, expected.data()));
+        EXPECT_EQ(f.stride, 656);
+      } else {
+        std::vector<std::uint8_t> turned(640 * 480 * 3 / 2);
+        ASSERT_TRUE(rotate_quarter_turn(layout, expected.data(),
+                                        angle == 90 ? Rotation::By90 : Rotation::By270,
+                                        turned.data()));
+        expected = std::move(turned);
+        EXPECT_EQ(f.width, 480u);
+        EXPECT_EQ(f.stride, 480);
+      }
+      ASSERT_EQ(std::vector<std::uint8_t>(f.data, f.data + expected.size()), expected)
+          << simd_level_name(level);
+    }
+  }
+};
+
+TEST_F(FrameDeliveryAtEveryLevel, QuarterTurnClockwise) { expect_turned_frames(90); }
+TEST_F(FrameDeliveryAtEveryLevel, HalfTurnKeepsTheWholeBuffer) { expect_turned_frames(180); }
+TEST_F(FrameDeliveryAtEveryLevel, QuarterTurnCounterclockwise) { expect_turned_frames(270); }
 
 TEST_F(FrameDelivery, PaddedNv12CarriesTheWholeBufferWithItsStride) {
   stream_infrared([](vc::SourceModel& s) {

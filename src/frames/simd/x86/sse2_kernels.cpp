@@ -103,23 +103,29 @@ void rgb24_to_nv12(const std::uint8_t* src, std::uint32_t width, std::uint32_t h
 // Interleaving row i with row i + n/2, log2(n) times over, transposes n rows of n units.
 
 void transpose_16x16_u8(__m128i r[16]) {
+  #pragma GCC unroll 16
   for (int round = 0; round < 4; ++round) {
     __m128i t[16];
+    #pragma GCC unroll 16
     for (int i = 0; i < 8; ++i) {
       t[2 * i] = _mm_unpacklo_epi8(r[i], r[i + 8]);
       t[2 * i + 1] = _mm_unpackhi_epi8(r[i], r[i + 8]);
     }
+    #pragma GCC unroll 16
     for (int i = 0; i < 16; ++i) r[i] = t[i];
   }
 }
 
 void transpose_8x8_u16(__m128i r[8]) {
+  #pragma GCC unroll 16
   for (int round = 0; round < 3; ++round) {
     __m128i t[8];
+    #pragma GCC unroll 16
     for (int i = 0; i < 4; ++i) {
       t[2 * i] = _mm_unpacklo_epi16(r[i], r[i + 4]);
       t[2 * i + 1] = _mm_unpackhi_epi16(r[i], r[i + 4]);
     }
+    #pragma GCC unroll 16
     for (int i = 0; i < 8; ++i) r[i] = t[i];
   }
 }
@@ -127,26 +133,28 @@ void transpose_8x8_u16(__m128i r[8]) {
 __m128i load(const std::uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 void store(std::uint8_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
 
-template <int N>
+template <int N, bool clockwise>
 void turn_tile(const std::uint8_t* src, std::size_t src_pitch, std::uint8_t* dst,
-               std::size_t dst_pitch, bool clockwise) {
+               std::size_t dst_pitch) {
   __m128i r[N];
+  #pragma GCC unroll 16
   for (int i = 0; i < N; ++i) r[i] = load(src + (clockwise ? N - 1 - i : i) * src_pitch);
   if constexpr (N == 16) transpose_16x16_u8(r); else transpose_8x8_u16(r);
+  #pragma GCC unroll 16
   for (int j = 0; j < N; ++j) store(dst + (clockwise ? j : N - 1 - j) * dst_pitch, r[j]);
 }
 
 void tile_u8_cw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
-  turn_tile<16>(s, sp, d, dp, true);
+  turn_tile<16, true>(s, sp, d, dp);
 }
 void tile_u8_ccw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
-  turn_tile<16>(s, sp, d, dp, false);
+  turn_tile<16, false>(s, sp, d, dp);
 }
 void tile_u16_cw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
-  turn_tile<8>(s, sp, d, dp, true);
+  turn_tile<8, true>(s, sp, d, dp);
 }
 void tile_u16_ccw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
-  turn_tile<8>(s, sp, d, dp, false);
+  turn_tile<8, false>(s, sp, d, dp);
 }
 
 void rotate_clockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,

@@ -1,0 +1,171 @@
+// The library's own work per delivered frame, on the virtual camera: a capture client with a
+// running stream gets frames from a reader that hands out frames the camera made beforehand,
+// so the camera's pattern generation stays out of the measurement. Hot: one frame over and
+// over. Cold: frames rotated through more bytes than the last-level cache holds. The host's
+// callback gives every record straight back. Next to it: the one copy delivery must make, and
+// the round trip of a request through an export.
+#include <benchmark/benchmark.h>
+
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "buffers.h"
+#include "client/vexcap_client.h"
+#include "frames/frame_delivery.h"
+#include "frames/simd/pixel_kernels.h"
+#include "platform/virtual/frame.h"
+#include "platform/virtual/virtual_camera.h"
+#include "vexcap/vexcap.h"
+
+namespace vexcap::bench {
+namespace {
+
+namespace vc = virtual_camera;
+
+// Hands out ready-made frames in turn; nothing else of a reader is used.
+class ReplayReader : public platform::FrameReader {
+ public:
+  explicit ReplayReader(std::vector<vc::FrameContents> frames) : frames_(std::move(frames)) {}
+  platform::EventToken add_frame_arrived(FrameArrivedHandler) override { return 1; }
+  void remove_frame_arrived(platform::EventToken) override {}
+  platform::ReaderStartStatus start() override { return platform::ReaderStartStatus::Success; }
+  void stop() override {}
+  void close() override {}
+  void set_acquisition_mode(platform::AcquisitionMode) override {}
+  std::shared_ptr<platform::Frame> try_acquire_latest_frame() override {
+    vc::FrameContents contents = frames_[at_];
+    at_ = (at_ + 1) % frames_.size();
+    contents.time = time_ += 333333;
+    return std::make_shared<vc::VirtualFrame>(std::move(contents));
+  }
+
+ private:
+  std::vector<vc::FrameContents> frames_;
+  std::size_t at_ = 0;
+  std::int64_t time_ = 10'000'000;
+};
+
+bool give_back(vexcap_frame* frame, void*) {
+  vexcap_return_frame(frame);
+  return true;
+}
+
+struct Stream {
+  std::wstring subtype;
+  std::uint32_t width, height;
+  std::optional<std::int32_t> rotation;
+  std::size_t source;  // 0 infrared, 1 colour
+};
+
+std::string stream_name(const Stream& s) {
+  std::string name(s.subtype.begin(), s.subtype.end());
+  name += "_" + std::to_string(s.width) + "x" + std::to_string(s.height);
+  name += "_rot" + std::to_string(s.rotation.value_or(0));
+  return name;
+}
+
+std::size_t frame_bytes(const Stream& s) {
+  const std::size_t pixels = std::size_t{s.width} * s.height;
+  if (s.subtype == L"RGB24") return pixels * 3;
+  if (s.subtype == L"NV12") return pixels * 3 / 2;
+  return pixels;
+}
+
+void deliver(benchmark::State& state, const Stream& stream, Cache cache) {
+  vc::Scenario scenario = vc::default_scenario();
+  scenario.clock = vc::ClockMode::Manual;
+  vc::SourceModel& source = scenario.groups.at(0).sources.at(stream.source);
+  vc::FormatModel format;
+  format.subtype = stream.subtype;
+  format.width = stream.width;
+  format.height = stream.height;
+  format.rotation = stream.rotation;
+  source.formats = {format};
+  source.current_format = 0;
+  vc::use_scenario(scenario);
+
+  const std::uint32_t kind = stream.source == 0 ? 1 : 0;
+  std::shared_ptr<client::VexCap> client = client::VexCap::create(kind);
+  if (client->initialize(*scenario.groups.at(0).id, kind, std::uint16_t(stream.width),
+                         std::uint16_t(stream.height)) != HR_OK ||
+      client->start_streaming(&give_back, nullptr) != HR_OK) {
+    state.SkipWithError("the virtual camera did not stream");
+    return;
+  }
+  const std::size_t count =
+      cache == Cache::Hot ? 1 : std::max<std::size_t>(2, kArenaBytes / frame_bytes(stream));
+  std::vector<vc::FrameContents> frames;
+  for (std::size_t n = 0; n < count; ++n)
+    frames.push_back(vc::make_frame_contents(format, std::nullopt, n, 0,
+                                             vc::IlluminationMetadata::AlwaysOn, 0, false));
+  ReplayReader reader(std::move(frames));
+
+  for (auto _ : state) benchmark::DoNotOptimize(frames::deliver_newest_frame(*client, reader));
+  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
+  client->clear();
+  client.reset();
+  vc::reset();
+}
+
+// The copy every delivered frame makes, from a frame buffer into a block of the C heap.
+void mandatory_copy(benchmark::State& state, std::size_t bytes, Cache cache) {
+  FrameSlots slots(bytes, 0, cache);
+  for (auto _ : state) {
+    auto* copy = static_cast<std::uint8_t*>(std::malloc(bytes));
+    std::memcpy(copy, slots.next().src, bytes);
+    benchmark::DoNotOptimize(copy);
+    std::free(copy);
+  }
+}
+
+// One request through an export to the request thread and back, on an open device.
+void request_round_trip(benchmark::State& state) {
+  vc::Scenario scenario = vc::default_scenario();
+  scenario.clock = vc::ClockMode::Manual;
+  vc::use_scenario(scenario);
+  vexcap_device* device = nullptr;
+  const vexcap_open_params params{1, 640, 480};
+  if (vexcap_init() != 0 ||
+      vexcap_device_open(&device, scenario.groups.at(0).id->c_str(), &params) != 0) {
+    state.SkipWithError("the library did not open the virtual camera");
+    vexcap_exit();
+    return;
+  }
+  for (auto _ : state)
+    benchmark::DoNotOptimize(vexcap_unregister_for_unsupported_format_status_event(device));
+  vexcap_device_close(device);
+  vexcap_exit();
+  vc::reset();
+}
+
+}  // namespace
+
+void register_delivery_benchmarks() {
+  const Stream streams[] = {{L"L8", 640, 480, std::nullopt, 0},  {L"L8", 640, 480, 90, 0},
+                            {L"L8", 640, 480, 180, 0},           {L"NV12", 1920, 1080, std::nullopt, 0},
+                            {L"NV12", 1920, 1080, 90, 0},        {L"RGB24", 640, 480, std::nullopt, 1},
+                            {L"RGB24", 1920, 1080, std::nullopt, 1}};
+  for (const Stream& stream : streams) {
+    for (Cache cache : {Cache::Hot, Cache::Cold}) {
+      const std::string name = "deliver/" + stream_name(stream) + "/" + cache_name(cache);
+      benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+        deliver(state, stream, cache);
+      })->UseRealTime()->Unit(benchmark::kMicrosecond);
+    }
+  }
+  for (const Stream& stream : {streams[0], streams[3]}) {
+    for (Cache cache : {Cache::Hot, Cache::Cold}) {
+      const std::string name = "deliver_copy/" + stream_name(stream) + "/" + cache_name(cache);
+      const std::size_t bytes = frame_bytes(stream);
+      benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+        mandatory_copy(state, bytes, cache);
+      })->UseRealTime()->Unit(benchmark::kMicrosecond);
+    }
+  }
+  benchmark::RegisterBenchmark("request/round_trip", request_round_trip)
+      ->UseRealTime()->Unit(benchmark::kMicrosecond);
+}
+
+}  // namespace vexcap::bench
