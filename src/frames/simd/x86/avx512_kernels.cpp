@@ -1,5 +1,5 @@
-// AVX-512 (F, BW, VL, DQ) kernels. Built with those -m flags and -ffp-contract=off: no fused
-// multiply-add may change a byte.
+// AVX-512 (F, BW, VL, DQ) kernel: RGB24 to NV12. Built with those -m flags and
+// -ffp-contract=off: no fused multiply-add may change a byte.
 //
 // Only declarations may be included besides <immintrin.h>: an inline function instantiated
 // here could be shared with translation units that run on CPUs without AVX-512.
@@ -8,23 +8,10 @@
 #include <cstdint>
 
 #include "frames/rgb24_to_nv12.h"
-#include "frames/simd/tiled_rotation.h"
 #include "frames/simd/x86/x86_kernels.h"
 
 namespace vexcap::frames::x86 {
 namespace {
-
-__m128i load128(const std::uint8_t* p) {
-  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-}
-__m512i load_quad(const std::uint8_t* a, const std::uint8_t* b, const std::uint8_t* c,
-                  const std::uint8_t* d) {
-  __m512i v = _mm512_castsi128_si512(load128(a));
-  v = _mm512_inserti32x4(v, load128(b), 1);
-  v = _mm512_inserti32x4(v, load128(c), 2);
-  return _mm512_inserti32x4(v, load128(d), 3);
-}
-void store(std::uint8_t* p, __m512i v) { _mm512_storeu_si512(p, v); }
 
 // ---- RGB24 to NV12: sixteen columns of a row pair at a time ----------------------------------
 // The arithmetic and its exactness argument are those of the SSE2 kernel.
@@ -112,98 +99,16 @@ void rgb24_to_nv12(const std::uint8_t* src, std::uint32_t width, std::uint32_t h
   }
 }
 
-// ---- 2-byte transposes: four tiles side by side, one per 128-bit lane --------------------------------
-
-void transpose_lanes_u16(__m512i r[8]) {
-  #pragma GCC unroll 16
-  for (int round = 0; round < 3; ++round) {
-    __m512i t[8];
-    #pragma GCC unroll 16
-    for (int i = 0; i < 4; ++i) {
-      t[2 * i] = _mm512_unpacklo_epi16(r[i], r[i + 4]);
-      t[2 * i + 1] = _mm512_unpackhi_epi16(r[i], r[i + 4]);
-    }
-    #pragma GCC unroll 16
-    for (int i = 0; i < 8; ++i) r[i] = t[i];
-  }
-}
-
-// A tile is N source columns by 4N source rows (N = 8 two-byte units); each
-// destination row is 64 bytes. Clockwise, lane k takes source rows from the bottom up so that
-// every destination row comes out in order.
-template <int N, bool clockwise>
-void turn_tile(const std::uint8_t* src, std::size_t src_pitch, std::uint8_t* dst,
-               std::size_t dst_pitch) {
-  __m512i r[N];
-  #pragma GCC unroll 16
-  for (int i = 0; i < N; ++i) {
-    if constexpr (clockwise) {
-      r[i] = load_quad(src + (4 * N - 1 - i) * src_pitch, src + (3 * N - 1 - i) * src_pitch,
-                       src + (2 * N - 1 - i) * src_pitch, src + (N - 1 - i) * src_pitch);
-    } else {
-      r[i] = load_quad(src + i * src_pitch, src + (N + i) * src_pitch,
-                       src + (2 * N + i) * src_pitch, src + (3 * N + i) * src_pitch);
-    }
-  }
-  transpose_lanes_u16(r);
-  #pragma GCC unroll 16
-  for (int j = 0; j < N; ++j) store(dst + (clockwise ? j : N - 1 - j) * dst_pitch, r[j]);
-}
-
-void tile_u16_cw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
-  turn_tile<8, true>(s, sp, d, dp);
-}
-void tile_u16_ccw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
-  turn_tile<8, false>(s, sp, d, dp);
-}
-
-void rotate_clockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
-                      std::uint8_t* dst, std::size_t dst_pitch) {
-  if (grid.unit == 1) {
-    // Wider byte tiles measured slower than the SSE2 ones (lane inserts, register spills).
-    sse2_kernels().rotate_clockwise(src, src_pitch, grid, dst, dst_pitch);
-  } else if (grid.unit == 2) {
-    rotate_clockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {8, 32}, tile_u16_cw);
-  } else {
-    rotate_units_clockwise(src, src_pitch, grid, dst, dst_pitch);
-  }
-}
-
-void rotate_counterclockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
-                             std::uint8_t* dst, std::size_t dst_pitch) {
-  if (grid.unit == 1) {
-    // Wider byte tiles measured slower than the SSE2 ones (lane inserts, register spills).
-    sse2_kernels().rotate_counterclockwise(src, src_pitch, grid, dst, dst_pitch);
-  } else if (grid.unit == 2) {
-    rotate_counterclockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {8, 32}, tile_u16_ccw);
-  } else {
-    rotate_units_counterclockwise(src, src_pitch, grid, dst, dst_pitch);
-  }
-}
-
-// ---- Row reversal ----------------------------------------------------------------------------
-
-void reverse_units(const std::uint8_t* src, std::uint8_t* dst, std::size_t units,
-                   std::size_t unit) {
-  if (unit != 1 && unit != 2) return reverse_units_copy(src, dst, units, unit);
-  const __m512i mirror = _mm512_broadcast_i32x4(
-      unit == 1 ? _mm_setr_epi8(15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0)
-                : _mm_setr_epi8(14, 15, 12, 13, 10, 11, 8, 9, 6, 7, 4, 5, 2, 3, 0, 1));
-  const std::size_t bytes = units * unit;
-  std::size_t done = 0;
-  for (; done + 64 <= bytes; done += 64) {
-    const __m512i v = _mm512_loadu_si512(src + bytes - done - 64);
-    const __m512i lanes_mirrored = _mm512_shuffle_epi8(v, mirror);
-    store(dst + done, _mm512_shuffle_i64x2(lanes_mirrored, lanes_mirrored, 0x1B));
-  }
-  reverse_units_copy(src, dst + done, (bytes - done) / unit, unit);
-}
-
-const PixelKernels kKernels = {SimdLevel::Avx512, rgb24_to_nv12, rotate_clockwise,
-                               rotate_counterclockwise, reverse_units};
-
 }  // namespace
 
-const PixelKernels& avx512_kernels() { return kKernels; }
+// Rotations and reversals are shuffles and moves: the 512-bit versions measured slower than the
+// AVX2 ones (lane inserts, double-pumped shuffles), so this level keeps those.
+const PixelKernels& avx512_kernels() {
+  static const PixelKernels kernels = {SimdLevel::Avx512, rgb24_to_nv12,
+                                       avx2_kernels().rotate_clockwise,
+                                       avx2_kernels().rotate_counterclockwise,
+                                       avx2_kernels().reverse_units};
+  return kernels;
+}
 
 }  // namespace vexcap::frames::x86
