@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support/library_fixture.h"
+#include "support/log_capture.h"
 
 namespace vexcap {
 namespace {
@@ -81,6 +82,56 @@ TEST_F(ExportDelivery, ANewExposureIsReportedFromTheFifthFrameOn) {
 
   EXPECT_EQ(seen.values, (std::vector<std::uint64_t>{0, 0, 0, 0, 20000, 20000}));
   EXPECT_EQ(seen.led_powers, (std::vector<unsigned>(6, 255u)));  // no LED power was set
+}
+
+// A 2x2 colour camera whose RGB24 frames are white, the library's to convert (the open
+// parameters name its size); `missing_bytes` cuts each frame's buffer short.
+class WhiteRgb24Frames : public testing::LibraryTest {
+ protected:
+  vexcap_frame* first_frame(std::uint32_t missing_bytes) {
+    vc::Scenario scenario = vc::default_scenario();
+    scenario.clock = vc::ClockMode::Manual;
+    vc::SourceModel& colour = scenario.groups.at(0).sources.at(1);
+    vc::FormatModel rgb24;
+    rgb24.subtype = L"RGB24";
+    rgb24.width = rgb24.height = 2;
+    colour.formats = {rgb24};
+    colour.rgb24.fill = {{255, 255, 255}};
+    colour.rgb24.missing_bytes = missing_bytes;
+    vc::use_scenario(scenario);
+    EXPECT_EQ(vexcap_init(), 0);
+    vexcap_device* device = nullptr;
+    const vexcap_open_params params{VEXCAP_STREAM_MODE_SHARED, 2, 2};
+    EXPECT_EQ(vexcap_device_open(&device, scenario.groups.at(0).id->c_str(), &params), 0);
+    log.resume();
+    Kept kept;
+    EXPECT_EQ(vexcap_start_streaming(device, keep_first, &kept), 0);
+    vc::advance_time(34ms);
+    EXPECT_EQ(vexcap_device_close(device), 0);
+    return kept.first.load();
+  }
+  testing::LogCapture log;
+};
+
+// BT.601 limited range: white is Y 235, grey chroma 128; black is Y 16.
+TEST_F(WhiteRgb24Frames, BecomeLimitedRangeNv12) {
+  vexcap_frame* frame = first_frame(0);
+  ASSERT_NE(frame, nullptr);
+  EXPECT_EQ(frame->pixel_format, VEXCAP_PIXEL_FORMAT_NV12);
+  EXPECT_EQ(frame->width, 2u);
+  EXPECT_EQ(frame->height, 2u);
+  EXPECT_EQ(std::vector<int>(frame->data, frame->data + 6), (std::vector<int>{235, 235, 235, 235, 128, 128}));
+  EXPECT_EQ(vexcap_return_frame(frame), 0);
+}
+
+TEST_F(WhiteRgb24Frames, AShortBufferIsRefusedAndTheFrameComesFromTheBuffer) {
+  vexcap_frame* frame = first_frame(3);  // the last pixel is missing: the platform shows it black
+  ASSERT_NE(frame, nullptr);
+  EXPECT_TRUE(log.contains("E: Unexpected buffer length 9 < 2 x 2 x 3"));
+  EXPECT_TRUE(log.contains("D: Frame Format: 87 (Bgra8)"));  // the buffer path's bitmap
+  EXPECT_EQ(frame->pixel_format, VEXCAP_PIXEL_FORMAT_NV12);
+  EXPECT_EQ(std::vector<int>(frame->data, frame->data + 6), (std::vector<int>{235, 235, 235, 16, 128, 128}));
+  EXPECT_EQ(vexcap_return_frame(frame), 0);
 }
 
 }  // namespace

@@ -43,11 +43,21 @@ platform::IlluminationRead illumination_of(IlluminationMetadata metadata, std::u
   return read;
 }
 
+// The RGB24 bytes of frame n: the pattern, or the source's fill colour.
+std::vector<std::uint8_t> rgb24_bytes(std::int32_t width, std::int32_t height, std::uint64_t n,
+                                      const Rgb24Model& rgb24) {
+  if (!rgb24.fill) return pattern_rgb24(width, height, n);
+  std::vector<std::uint8_t> bytes(std::size_t(width) * height * 3);
+  for (std::size_t i = 0; i < bytes.size(); i += 3) std::copy_n(rgb24.fill->begin(), 3, bytes.begin() + i);
+  return bytes;
+}
+
 }  // namespace
 
 FrameContents make_frame_contents(const FormatModel& format, const std::optional<std::wstring>& reader_subtype,
                                   std::uint64_t n, std::int64_t time, IlluminationMetadata metadata,
-                                  std::uint32_t stride_padding, bool unsupported) {
+                                  std::uint32_t stride_padding, bool unsupported,
+                                  const Rgb24Model& rgb24_model) {
   FrameContents frame;
   frame.time = time;
   frame.format = format;
@@ -66,7 +76,7 @@ FrameContents make_frame_contents(const FormatModel& format, const std::optional
                  (rgb24 || native == PixelFormat::Yuy2 || native == PixelFormat::Bgra8 || native == PixelFormat::Rgba8);
   if (to_nv12) {
     frame.format.subtype = L"NV12";
-    PixelImage image = rgb24 ? rgb24_to_nv12(pattern_rgb24(width, height, n).data(), width, height)
+    PixelImage image = rgb24 ? rgb24_to_nv12(rgb24_bytes(width, height, n, rgb24_model).data(), width, height)
                              : *convert_image(pattern_image(native, width, height, n), PixelFormat::Nv12);
     if (stride_padding) {
       PixelImage padded = blank_image(PixelFormat::Nv12, width, height, stride_padding);
@@ -78,7 +88,9 @@ FrameContents make_frame_contents(const FormatModel& format, const std::optional
     }
     frame.bitmap = std::make_shared<VirtualBitmap>(std::move(image));
   } else if (rgb24) {
-    frame.buffer = std::make_shared<VirtualBuffer>(pattern_rgb24(width, height, n));
+    std::vector<std::uint8_t> bytes = rgb24_bytes(width, height, n, rgb24_model);
+    bytes.resize(bytes.size() - std::min<std::size_t>(rgb24_model.missing_bytes, bytes.size()));
+    frame.buffer = std::make_shared<VirtualBuffer>(std::move(bytes));
   } else if (native != PixelFormat::Unknown) {
     frame.bitmap = std::make_shared<VirtualBitmap>(pattern_image(native, width, height, n, stride_padding));
   } else {
@@ -121,9 +133,11 @@ std::shared_ptr<platform::Bitmap> VirtualFrame::bitmap_from_buffer() {
   if (!contents_.buffer || upper(contents_.format.subtype) != L"RGB24") return nullptr;
   platform::ByteAccess access = contents_.buffer->byte_access();
   auto width = std::int32_t(contents_.format.width), height = std::int32_t(contents_.format.height);
-  if (access.data == nullptr || contents_.buffer->length() < std::uint32_t(width * height * 3)) return nullptr;
+  if (access.data == nullptr) return nullptr;
   PixelImage image = blank_image(PixelFormat::Bgra8, width, height);
-  for (std::int32_t i = 0; i < width * height; ++i) {
+  const std::int32_t whole = std::min<std::int32_t>(width * height, std::int32_t(contents_.buffer->length() / 3));
+  for (std::int32_t i = whole; i < width * height; ++i) image.bytes[std::size_t(i) * 4 + 3] = 255;
+  for (std::int32_t i = 0; i < whole; ++i) {
     const std::uint8_t* rgb = access.data + std::size_t(i) * 3;
     std::uint8_t* bgra = image.bytes.data() + std::size_t(i) * 4;
     bgra[0] = rgb[2], bgra[1] = rgb[1], bgra[2] = rgb[0], bgra[3] = 255;

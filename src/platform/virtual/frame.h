@@ -23,7 +23,8 @@ struct FrameContents {
 // for `reader_subtype` (or for none). See pixel_image.h for the pattern.
 FrameContents make_frame_contents(const FormatModel& format, const std::optional<std::wstring>& reader_subtype,
                                   std::uint64_t n, std::int64_t time, IlluminationMetadata metadata,
-                                  std::uint32_t stride_padding, bool unsupported);
+                                  std::uint32_t stride_padding, bool unsupported,
+                                  const Rgb24Model& rgb24 = {});
 
 class VirtualFrame : public platform::Frame {
  public:
@@ -32,8 +33,8 @@ class VirtualFrame : public platform::Frame {
   std::shared_ptr<platform::FrameFormat> format() override;
   std::shared_ptr<platform::Bitmap> software_bitmap() override;
   std::shared_ptr<platform::Buffer> buffer() override;
-  // RGB24 buffers become a Bgra8 bitmap (bytes R G B read as red, green, blue); buffers of
-  // other layouts give null.
+  // RGB24 buffers become a Bgra8 bitmap (bytes R G B read as red, green, blue; pixels past the
+  // end of a short buffer are black); buffers of other layouts give null.
   std::shared_ptr<platform::Bitmap> bitmap_from_buffer() override;
   platform::IlluminationRead read_illumination() override;
   void close() override;

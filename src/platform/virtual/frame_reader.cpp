@@ -83,6 +83,7 @@ std::shared_ptr<platform::Frame> VirtualFrameReader::Core::produce(std::int64_t 
   IlluminationMetadata metadata;
   std::uint32_t padding;
   bool unsupported;
+  Rgb24Model rgb24;
   {
     std::lock_guard lock(world->mutex());
     const SourceModel& source = group->model.sources[index];
@@ -92,6 +93,7 @@ std::shared_ptr<platform::Frame> VirtualFrameReader::Core::produce(std::int64_t 
     if (!format || group->removed || !group->model.enabled || world->frames_stopped()) return nullptr;
     metadata = source.illumination;
     padding = source.stride_padding;
+    rgb24 = source.rgb24;
     unsupported = world->unsupported_frames();
   }
   std::uint64_t n;
@@ -100,7 +102,7 @@ std::shared_ptr<platform::Frame> VirtualFrameReader::Core::produce(std::int64_t 
     n = produced++;
   }
   return std::make_shared<VirtualFrame>(
-      make_frame_contents(*format, subtype, n, due, metadata, padding, unsupported));
+      make_frame_contents(*format, subtype, n, due, metadata, padding, unsupported, rgb24));
 }
 
 void VirtualFrameReader::Core::deliver(std::shared_ptr<platform::Frame> frame) {

@@ -4,6 +4,7 @@
 // same structures hold the live state, so edits made while capturing are seen at once.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -97,6 +98,12 @@ struct LlcModel {
   PropertyBehaviour behaviour;
 };
 
+// RGB24 frames of a source that do not carry the pattern or do not come whole.
+struct Rgb24Model {
+  std::optional<std::array<std::uint8_t, 3>> fill;  // every pixel this R, G, B
+  std::uint32_t missing_bytes = 0;  // the buffer ends this many bytes short (a faulty driver)
+};
+
 struct DeviceInfoModel {
   std::optional<std::wstring> id;
   std::optional<std::wstring> name;
@@ -115,6 +122,7 @@ struct SourceModel {
   std::optional<std::size_t> current_format = 0;  // index into formats; nullopt: none
   IlluminationMetadata illumination = IlluminationMetadata::AttributeMissing;
   std::uint32_t stride_padding = 0;  // extra bytes at the end of every bitmap row
+  Rgb24Model rgb24;
   std::optional<ExposureModel> exposure;
   std::optional<IsoSpeedModel> iso_speed;
   std::optional<TorchModel> torch;
