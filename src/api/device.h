@@ -40,6 +40,11 @@ class Device {
   // The torch's power, or the extension unit's LED power when the torch does not answer.
   hresult get_led_power(std::uint32_t& power);
 
+  // Device property (set): runs on the exclusive client, plus the device's own rules for
+  // automatic exposure off, the stream type that sets the frame rate (16) and the colour
+  // stream switched off (18). See device_properties.cpp.
+  hresult set_property(const vexcap_property& property);
+
   const std::shared_ptr<client::VexCap>& exclusive_client() const { return exclusive_; }
   const std::shared_ptr<client::VexCap>& shared_client() const { return shared_; }
   // The client a stream selector picks: 1 the exclusive client, anything else the shared one.
@@ -52,6 +57,9 @@ class Device {
       : shared_(std::move(shared)), exclusive_(std::move(exclusive)) {}
   hresult open_client(const std::shared_ptr<client::VexCap>& client, const std::wstring& device_id,
                       const vexcap_open_params& params);
+
+  hresult switch_auto_exposure_off(const vexcap_property& property);
+  hresult finish_stream_type_apply(std::uint32_t format_code, hresult result);
 
   static void replace_worker(std::unique_ptr<WorkerThread>& slot, std::unique_ptr<WorkerThread> next);
 

@@ -3,6 +3,7 @@
 #include "api/device.h"
 #include "api/messages.h"
 #include "client/discovery.h"
+#include "controls/device_properties.h"
 #include "api/request_args.h"
 #include "log/log.h"
 #include "platform/port.h"
@@ -89,9 +90,12 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
     case kMsgGetLedPower:
       return run_control(message, wparam, *from_param<vexcap_device>(lparam));
 
-    // Requests whose handlers the library does not have yet.
     case kMsgSetDeviceProperty:
     case kMsgGetDeviceProperty:
+      return run_device_property(message, *from_param<vexcap_property>(wparam),
+                                 *from_param<vexcap_device>(lparam));
+
+    // Requests whose handlers the library does not have yet.
     case kMsgRegisterExclusiveControl:
     case kMsgUnregisterExclusiveControl:
     case kMsgRegisterRgbStatus:
@@ -186,6 +190,15 @@ hresult Dispatcher::run_control(std::uint32_t message, std::uintptr_t wparam,
     default:  // kMsgGetLedPower
       return device->get_led_power(*from_param<std::uint32_t>(wparam));
   }
+}
+
+// The set runs on the device (it involves both clients), the get on its exclusive client.
+hresult Dispatcher::run_device_property(std::uint32_t message, vexcap_property& property,
+                                        const vexcap_device& handle) {
+  const std::shared_ptr<Device>& device = device_slot(handle);
+  if (!device) return HR_INVALID_STATE;
+  if (message == kMsgSetDeviceProperty) return device->set_property(property);
+  return controls::get_device_property(*device->exclusive_client(), property);
 }
 
 std::shared_ptr<Device>& Dispatcher::device_slot(const vexcap_device& handle) {

@@ -37,6 +37,9 @@ class Dispatcher final : public RequestHandler {
                                    std::uintptr_t callback_args);
   // Messages 1035 to 1040: the device controls.
   hresult run_control(std::uint32_t message, std::uintptr_t wparam, const vexcap_device& handle);
+  // Messages 1041 and 1042: the device properties.
+  hresult run_device_property(std::uint32_t message, vexcap_property& property,
+                              const vexcap_device& handle);
 
   // One device object per stream-mode class: mode 0, and any non-zero mode.
   std::shared_ptr<Device>& device_slot(const vexcap_device& handle);

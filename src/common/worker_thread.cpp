@@ -27,4 +27,8 @@ bool WorkerThread::join_for(std::chrono::milliseconds limit) {
   return true;
 }
 
+void WorkerThread::join() {
+  if (thread_.joinable()) thread_.join();
+}
+
 }  // namespace vexcap

@@ -22,6 +22,8 @@ class WorkerThread {
 
   // True when the thread ended within the limit (it is then joined).
   bool join_for(std::chrono::milliseconds limit);
+  // Waits for the thread without a limit; throws std::system_error when it cannot be joined.
+  void join();
 
  private:
   struct Completion {

@@ -25,6 +25,13 @@ double measure_frame_rate(std::int64_t timestamp) {
 
 std::int64_t last_accepted_frame_time() { return g_last_accepted.load(std::memory_order_relaxed); }
 
+std::uint32_t frames_per_second_for_code(std::uint32_t code) {
+  static constexpr std::uint32_t kRates[] = {30, 25, 20, 15, 10, 5, 1};  // codes 2..8 and 11..17
+  if (code >= 2 && code <= 8) return kRates[code - 2];
+  if (code >= 11 && code <= 17) return kRates[code - 11];
+  return 0;
+}
+
 void FrameRateLimit::set(std::uint32_t frames_per_second) {
   std::lock_guard<std::mutex> guard(lock_);
   limit_ = frames_per_second;

@@ -14,6 +14,10 @@ double measure_frame_rate(std::int64_t timestamp);
 // every client and stream on purpose.
 std::int64_t last_accepted_frame_time();
 
+// Frames per second of a frame-rate code (the colour and infrared format codes share the
+// rates: 2 and 11 are 30, ..., 8 and 17 are 1); 0 for every other code.
+std::uint32_t frames_per_second_for_code(std::uint32_t code);
+
 // A limit in frames per second, 0 = none. Shared between the frame threads and the setter.
 class FrameRateLimit {
  public:
