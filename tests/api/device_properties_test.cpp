@@ -182,6 +182,20 @@ TEST_F(DeviceProperties, Missing1080pStreamTypeIsRetriedAs720p) {
   EXPECT_EQ(set(device, VEXCAP_PROP_STREAM_TYPE, VEXCAP_FORMAT_HIRES_1080P), VEXCAP_E_FAIL);
 }
 
+TEST_F(DeviceProperties, StreamTypeSwitchesTheTorchOffOnCamerasWithoutTheVendorUnit) {
+  scenario_.groups.at(0).ks.nodes.pop_back();  // unit 1 goes; the foreign unit stays
+  scenario_.groups.at(0).sources.at(kInfrared).torch->enabled = true;
+  vexcap_device* device = open(VEXCAP_STREAM_MODE_EXCLUSIVE);
+  ASSERT_NE(device, nullptr);
+  const auto torch_enabled = [&] {
+    return vc::group_state(group_id())->sources.at(kInfrared).torch->enabled;
+  };
+  EXPECT_EQ(set(device, VEXCAP_PROP_STREAM_TYPE, 10), VEXCAP_E_INVALID_ARG);  // refused: torch stays on
+  EXPECT_TRUE(torch_enabled());
+  EXPECT_EQ(set(device, VEXCAP_PROP_STREAM_TYPE, 2), VEXCAP_OK);
+  EXPECT_FALSE(torch_enabled());
+}
+
 // Frames delivered to the host, counted.
 struct Counter {
   std::atomic<int> frames{0};
