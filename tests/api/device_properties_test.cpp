@@ -44,6 +44,10 @@ class DeviceProperties : public testing::LibraryTest {
     scenario_ = vc::default_scenario();
     scenario_.clock = vc::ClockMode::Manual;
   }
+  void TearDown() override {
+    for (vexcap_device* device : opened_) EXPECT_EQ(vexcap_device_close(device), VEXCAP_OK);
+    LibraryTest::TearDown();
+  }
   // The colour source offers exactly these NV12 formats (the first is current).
   void colour_formats(std::vector<vc::FormatModel> formats) {
     scenario_.groups.at(0).sources.at(kColour).formats = std::move(formats);
@@ -60,7 +64,12 @@ class DeviceProperties : public testing::LibraryTest {
     const vexcap_open_params params{stream_mode, 640, 480};
     EXPECT_EQ(vexcap_device_open(&device, group_id().c_str(), &params), 0);
     log.resume();  // opening switched the output off
+    if (device != nullptr) opened_.push_back(device);
     return device;
+  }
+  int close(vexcap_device* device) {
+    opened_.erase(std::find(opened_.begin(), opened_.end(), device));
+    return vexcap_device_close(device);
   }
   std::wstring group_id() const { return *scenario_.groups.at(0).id; }
 
@@ -78,6 +87,7 @@ class DeviceProperties : public testing::LibraryTest {
   vc::Scenario scenario_;
   testing::LogCapture log;
   bool started_ = false;
+  std::vector<vexcap_device*> opened_;
 };
 
 TEST_F(DeviceProperties, UnknownIdsAreLoggedAndSucceed) {
@@ -256,7 +266,7 @@ TEST_F(DeviceProperties, SourceWithoutFormatsIsReportedByAWorker) {
 
   EXPECT_EQ(set(device, VEXCAP_PROP_STREAM_TYPE, 2), VEXCAP_E_FAIL);  // the plain 16, no report
   EXPECT_EQ(set(device, VEXCAP_PROP_STREAM_TYPE_APPLY, 2), VEXCAP_OK);
-  ASSERT_EQ(vexcap_device_close(device), VEXCAP_OK);  // joins the worker
+  ASSERT_EQ(close(device), VEXCAP_OK);  // joins the worker
   EXPECT_EQ(reports.statuses, (std::vector<std::uint32_t>{1}));
 }
 
