@@ -59,7 +59,10 @@ hresult Device::open_client(const std::shared_ptr<client::VexCap>& client,
   }
 }
 
+Device::~Device() { exclusive_->unregister_rgb_stopped(); }
+
 hresult Device::close() {
+  exclusive_->unregister_rgb_stopped();  // while the client is still initialized
   exclusive_->clear();
   shared_->clear();
   replace_worker(worker_a_, nullptr);

@@ -22,8 +22,12 @@ class Device {
   // 10000 ms limit. A failed initialization is tried again until it succeeds: a camera that
   // never initializes keeps the request waiting, by design.
   hresult open(const std::wstring& device_id, const vexcap_open_params& params);
-  // Stops the exclusive client before the shared one.
+  // Stops the exclusive client before the shared one. The device's event registrations end
+  // with it.
   hresult close();
+  // A device left open at exit still ends its RGB-stopped worker, which would otherwise keep
+  // probing the camera.
+  ~Device();
 
   // The device's two worker threads (an unsupported-format notification, and one more). A
   // replaced or closed slot waits up to 5000 ms for its previous thread.

@@ -1,6 +1,7 @@
 #include "api/dispatcher.h"
 
 #include "api/device.h"
+#include "api/device_events.h"
 #include "api/messages.h"
 #include "client/discovery.h"
 #include "controls/device_properties.h"
@@ -69,6 +70,15 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
     case kMsgRegisterUnsupportedFormat:
     case kMsgUnregisterUnsupportedFormat:
       return unsupported_format_event(message, *from_param<vexcap_device>(lparam), wparam);
+    case kMsgRegisterExclusiveControl:
+    case kMsgUnregisterExclusiveControl:
+    case kMsgRegisterRgbStatus:
+    case kMsgUnregisterRgbStatus:
+    case kMsgRegisterRgbStopped:
+    case kMsgUnregisterRgbStopped: {
+      const std::shared_ptr<Device>& device = device_slot(*from_param<vexcap_device>(lparam));
+      return device ? run_device_event(message, *device, wparam) : HR_INVALID_STATE;
+    }
     case kMsgCaptureFailed: {
       const std::shared_ptr<client::VexCap> failed_client = *from_param<std::shared_ptr<client::VexCap>>(lparam);
       failed_client->handle_capture_failure();
@@ -94,15 +104,6 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
     case kMsgGetDeviceProperty:
       return run_device_property(message, *from_param<vexcap_property>(wparam),
                                  *from_param<vexcap_device>(lparam));
-
-    // Requests whose handlers the library does not have yet.
-    case kMsgRegisterExclusiveControl:
-    case kMsgUnregisterExclusiveControl:
-    case kMsgRegisterRgbStatus:
-    case kMsgUnregisterRgbStatus:
-    case kMsgRegisterRgbStopped:
-    case kMsgUnregisterRgbStopped:
-      return HR_NOTIMPL;
     default:
       return HR_NOTIMPL;
   }

@@ -6,6 +6,7 @@
 #include "api/runtime_startup.h"
 #include "client/platform_names.h"
 #include "client/source_group_dump.h"
+#include "client/source_lookup.h"
 #include "frames/frame_delivery.h"
 #include "log/log.h"
 
@@ -27,10 +28,6 @@ platform::SharingMode sharing_mode_for(std::uint32_t stream_mode) {
       VXLOG('E', "Unknown vexcap_stream_mode: %d, defaulting to shared", static_cast<int>(stream_mode));
       return platform::SharingMode::SharedReadOnly;
   }
-}
-
-bool contains(const std::optional<std::wstring>& text, const wchar_t* part) {
-  return text && text->find(part) != std::wstring::npos;
 }
 
 }  // namespace
@@ -93,22 +90,13 @@ hresult VexCap::initialize(const std::wstring& group_id, std::uint32_t reader_ki
 std::shared_ptr<platform::SourceGroup> VexCap::find_source_group(
     const std::vector<std::shared_ptr<platform::SourceGroup>>& groups, const std::wstring& id,
     platform::SourceKind kind) {
-  for (const auto& group : groups) {
-    if (!group) continue;
-    const auto infos = group->source_infos();
-    if (!infos) continue;
-    bool has_kind = false;
-    for (const auto& info : *infos) has_kind = has_kind || info.kind == kind;
-    if (!has_kind) continue;
-    const auto group_id = group->id();
-    if (!group_id || *group_id != id) continue;  // exact, case-sensitive
-
-    source_group_ = group;
-    device_id_.fill(L'\0');
-    group_id->copy(device_id_.data(), std::min(group_id->size(), kDeviceIdCapacity - 1));
-    return group;
-  }
-  return nullptr;
+  auto group = find_group_with_kind(groups, id, kind);
+  if (!group) return nullptr;
+  source_group_ = group;
+  const std::wstring group_id = *group->id();
+  device_id_.fill(L'\0');
+  group_id.copy(device_id_.data(), std::min(group_id.size(), kDeviceIdCapacity - 1));
+  return group;
 }
 
 bool VexCap::initialize_media_capture(const std::shared_ptr<platform::SourceGroup>& group) {
@@ -145,18 +133,11 @@ void VexCap::reader_init(std::uint32_t reader_kind, std::uint16_t format_arg1,
     const platform::SourceKind wanted_kind = source_kind_for_reader(reader_kind);
     const auto sources = capture_->frame_sources();
 
-    platform::StreamType default_type = platform::StreamType::VideoRecord;
-    for (const auto& source : sources) {
-      const platform::SourceInfo info = source->info();
-      if (info.kind == wanted_kind && info.stream_type == platform::StreamType::VideoPreview)
-        default_type = platform::StreamType::VideoPreview;
-    }
+    const platform::StreamType default_type = default_stream_type(sources, wanted_kind);
 
     for (const auto& source : sources) {
       const platform::SourceInfo info = source->info();
-      // USB cameras are read from their record stream.
-      const bool usb = info.device_information && contains(info.device_information->id, L"USB#");
-      const platform::StreamType wanted_type = usb ? platform::StreamType::VideoRecord : default_type;
+      const platform::StreamType wanted_type = stream_type_to_read(info, default_type);
 
       if (info.kind == wanted_kind && info.stream_type == wanted_type && !frame_reader_) {
         if (const auto current = source->current_format()) current_format_height_ = current->height();
@@ -343,6 +324,24 @@ void VexCap::unregister_unsupported_format() {
 void VexCap::raise_unsupported_format() {
   std::lock_guard<std::mutex> lock(unsupported_format_lock_);
   if (unsupported_format_callback_) unsupported_format_callback_(true, unsupported_format_context_);
+}
+
+hresult VexCap::register_rgb_stopped(vexcap_rgb_stopped_callback callback, void* context) {
+  const RgbStoppedWorker::Target target{shared_from_this(), device_id(), reader_kind_};
+  rgb_stopped_.start(target, initialized_, callback, context);
+  return HR_OK;
+}
+
+hresult VexCap::unregister_rgb_stopped() {
+  rgb_stopped_.clear_callback(initialized_);
+  return HR_OK;
+}
+
+hresult VexCap::switch_colour_stream_off() {
+  rgb_disabled_ = true;
+  rgb_stopped_.stop_for_good(initialized_);
+  unregister_exclusive_control_status();  // a failure is logged and goes no further
+  return HR_OK;
 }
 
 hresult VexCap::stop_streaming() {

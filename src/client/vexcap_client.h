@@ -15,8 +15,8 @@
 #include <string>
 
 #include "client/format_table.h"
+#include "client/rgb_stopped_worker.h"
 #include "common/hresult.h"
-#include "common/manual_reset_event.h"
 #include "controls/extended_properties.h"
 #include "controls/extension_unit.h"
 #include "frames/control_tracker.h"
@@ -97,6 +97,25 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   void unregister_unsupported_format();
   void raise_unsupported_format();
 
+  // The exclusive-control status event: the host hears the capture instance's status changes,
+  // called with the event lock held. A second registration keeps the first. Registration
+  // waits for a settled face-auth mode when the status reads 2. Capture-failure recovery and
+  // clear drop the subscription but keep the pair, so the host unregisters before registering
+  // again.
+  hresult register_exclusive_control_status(vexcap_excl_ctrl_status_callback callback, void* context);
+  // 0, or the platform's failure (logged) when the subscription cannot be removed.
+  hresult unregister_exclusive_control_status();
+
+  // The RGB-stopped event (see client/rgb_stopped_worker.h): always 0.
+  hresult register_rgb_stopped(vexcap_rgb_stopped_callback callback, void* context);
+  hresult unregister_rgb_stopped();
+  bool rgb_stopped_event_set() const { return rgb_stopped_.stopped_event_set(); }
+
+  // The colour stream off for good (device property 18): nothing streams afterwards, the
+  // RGB-stopped worker ends (waited for up to 20000 ms) and the exclusive-control status
+  // subscription goes. Always 0.
+  hresult switch_colour_stream_off();
+
  private:
   explicit VexCap(std::uint32_t stream_mode);
 
@@ -110,7 +129,7 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   bool can_stream() const;
 
   const std::uint32_t stream_mode_;
-  ManualResetEvent rgb_stopped_event_;
+  RgbStoppedWorker rgb_stopped_;  // rgbStoppedLock, the pair, rgbStoppedEvent, workerLock
   bool initialized_ = false;
   std::uint32_t format_set_mark_ = 0;
   std::uint32_t reader_kind_ = 0;
@@ -134,6 +153,10 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   std::mutex callback_lock_;  // guards frame_callback_ and frame_context_
   vexcap_frame_callback frame_callback_ = nullptr;
   void* frame_context_ = nullptr;
+
+  std::mutex exclusive_control_lock_;  // guards the two fields below
+  vexcap_excl_ctrl_status_callback exclusive_control_callback_ = nullptr;
+  void* exclusive_control_context_ = nullptr;
 
   std::mutex unsupported_format_lock_;  // guards the two fields below
   vexcap_unsupported_format_callback unsupported_format_callback_ = nullptr;

@@ -3,16 +3,13 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 
 #include "common/hresult.h"
 #include "controls/extension_unit.h"
+#include "controls/face_auth_wait.h"
 #include "vexcap/vexcap.h"
 
 namespace vexcap::controls {
-
-// Reads the client's 40-byte face-auth buffer (get_face_auth_mode over the client's target).
-using FaceAuthReader = std::function<hresult(std::uint8_t* buffer)>;
 
 // With no extension unit or an uninitialized client nothing is registered and HR_OK returns.
 // Otherwise blocks, without limit, while the camera reports a non-zero RGB status and, for an
