@@ -185,14 +185,22 @@ typedef struct vexcap_device_callbacks {
     vexcap_device_updated_callback updated;
 } vexcap_device_callbacks;
 
-/* Exclusive-control status: 1 exclusive control available, 2 shared read-only available, 3 other. */
+/* Exclusive-control status, with the device id the platform's event carries as text:
+ * status 1 shared read-only available (another application holds exclusive control),
+ * 2 the camera's face authentication is settling, 3 any other status; flag is true when
+ * exclusive control is available again. Called with the device's event lock held, so the
+ * callback must not unregister this event. A capture failure (the library recovers by itself)
+ * ends the notifications: unregister and register again to hear them. */
 typedef void (*vexcap_excl_ctrl_status_callback)(const wchar_t* text, uint8_t status, bool flag,
                                                  void* context);
 /* RGB status: active is true while the camera reports a non-zero colour status. */
 typedef void (*vexcap_rgb_status_callback)(bool active, void* context);
 /* Unsupported format: status is 1. */
 typedef void (*vexcap_unsupported_format_callback)(uint32_t status, void* context);
-/* RGB stopped: stopped is always true. */
+/* RGB stopped: stopped is always true. Called at most once per registration, on a worker
+ * thread, once the library could hold the camera in exclusive control and received a frame:
+ * whoever used the colour stream has let it go. Unregistering or closing the device from
+ * inside it waits the full 20 s for the callback to return. */
 typedef void (*vexcap_rgb_stopped_callback)(bool stopped, void* context);
 
 /* ---- The exported functions --------------------------------------------------------------- */
@@ -247,6 +255,11 @@ VEXCAP_API int vexcap_regiester_for_device_callbacks(vexcap_device_subscription*
                                                      void* context);
 VEXCAP_API int vexcap_unregiester_device_callbacks(vexcap_device_subscription* subscription);
 
+/* Device events: a second registration keeps the first callback, except for RGB stopped, where
+ * the latest registration counts; unregistering what was never registered answers 0. Registering for the exclusive-control status waits while the status
+ * reads 2; registering for the RGB status waits, without limit, until the camera reports a
+ * zero status (and a settled face-auth mode); unregistering RGB stopped waits up to 20 s for
+ * the library's probing to end. Closing the device ends every registration. */
 VEXCAP_API int vexcap_register_for_excl_ctrl_status_event(vexcap_device* device,
                                                           vexcap_excl_ctrl_status_callback callback,
                                                           void* context);
