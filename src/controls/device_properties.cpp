@@ -62,7 +62,7 @@ hresult set_device_property(client::VexCap& client, const vexcap_property& prope
     case VEXCAP_PROP_STREAM_TYPE_APPLY:
       return select_stream_type(client, property.value, 1);
     case VEXCAP_PROP_RGB_OFF:
-      return HR_NOTIMPL;
+      return client.switch_colour_stream_off();
     case VEXCAP_PROP_LLC:
       return set_llc(client.property_target(), property.value);
     case VEXCAP_PROP_XU_CONTROL_18:

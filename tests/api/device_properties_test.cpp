@@ -309,5 +309,28 @@ TEST_F(DeviceProperties, TheHostGetsTheTemporaryDevicesAnswer) {
   EXPECT_EQ(result.load(), VEXCAP_E_ACCESS_DENIED);
 }
 
+std::atomic<int> rgb_stopped_calls{0};
+void count_rgb_stopped(bool, void*) { ++rgb_stopped_calls; }
+
+TEST_F(DeviceProperties, ColourOffReturnsWithoutACallbackWhileTheRgbStoppedWorkerWaits) {
+  scenario_.clock = vc::ClockMode::Manual;  // the worker's own reader never gets a frame
+  vexcap_device* device = open(VEXCAP_STREAM_MODE_EXCLUSIVE);
+  ASSERT_NE(device, nullptr);
+  rgb_stopped_calls = 0;
+  ASSERT_EQ(vexcap_register_for_rgb_stopped_event(device, count_rgb_stopped, nullptr), VEXCAP_OK);
+  const auto worker_waits = [&] { return vc::session_count(group_id(), platform::SharingMode::ExclusiveControl) == 2; };
+  const auto deadline = std::chrono::steady_clock::now() + 10s;
+  while (!worker_waits() && std::chrono::steady_clock::now() < deadline) std::this_thread::sleep_for(1ms);
+  ASSERT_TRUE(worker_waits());
+
+  const auto began = std::chrono::steady_clock::now();
+  EXPECT_EQ(set(device, VEXCAP_PROP_RGB_OFF, 0), VEXCAP_OK);
+  EXPECT_LT(std::chrono::steady_clock::now() - began, 20s);
+  EXPECT_EQ(rgb_stopped_calls.load(), 0);
+  EXPECT_EQ(vc::session_count(group_id(), platform::SharingMode::ExclusiveControl), 1);  // the worker's went
+  // Both clients are off for good: neither selector streams.
+  EXPECT_NE(vexcap_start_streaming(device, [](vexcap_frame*, void*) { return true; }, nullptr), VEXCAP_OK);
+}
+
 }  // namespace
 }  // namespace vexcap
