@@ -1,5 +1,6 @@
 // The Windows platform: the product's adapter behind the port.
 #include "platform/port.h"
+#include "platform/windows/platform_error.h"
 #include "platform/windows/windows_runtime.h"
 
 namespace vexcap::windows {
@@ -39,7 +40,9 @@ class WindowsPlatform final : public platform::Platform {
                                std::shared_ptr<platform::DeviceSource>&) override {
     return HR_NOTIMPL;
   }
-  std::optional<std::wstring> system_message(std::uint32_t) override { return std::nullopt; }
+  std::optional<std::wstring> system_message(std::uint32_t message_id) override {
+    return windows::system_message(message_id);
+  }
 
  private:
   WindowsRuntime runtime_;
