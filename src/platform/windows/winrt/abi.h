@@ -1,0 +1,9 @@
+// Every Windows Runtime ABI declaration of the adapter.
+#pragma once
+
+#include "platform/windows/winrt/capture_abi.h"
+#include "platform/windows/winrt/devices_abi.h"
+#include "platform/windows/winrt/enumeration_abi.h"
+#include "platform/windows/winrt/foundation_abi.h"
+#include "platform/windows/winrt/frames_abi.h"
+#include "platform/windows/winrt/imaging_abi.h"
