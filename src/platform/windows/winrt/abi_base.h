@@ -10,6 +10,7 @@
 #if defined(_WIN32)
 #include <windows.h>
 #include <inspectable.h>
+#include <objidl.h>
 #include <winstring.h>
 #else
 #include <cstddef>
@@ -40,12 +41,29 @@ using REFIID = const IID&;
 using REFGUID = const GUID&;
 struct HSTRING__;
 using HSTRING = HSTRING__*;
+constexpr HRESULT S_OK = 0;
+constexpr HRESULT E_NOINTERFACE = HRESULT(0x80004002u);
+constexpr HRESULT E_POINTER = HRESULT(0x80004003u);
+constexpr HRESULT E_FAIL = HRESULT(0x80004005u);
+#define FAILED(hr) (HRESULT(hr) < 0)
+#define SUCCEEDED(hr) (HRESULT(hr) >= 0)
+inline bool operator==(const GUID& a, const GUID& b) {
+  const auto* x = reinterpret_cast<const unsigned char*>(&a);
+  const auto* y = reinterpret_cast<const unsigned char*>(&b);
+  for (int i = 0; i < 16; ++i) {
+    if (x[i] != y[i]) return false;
+  }
+  return true;
+}
 enum TrustLevel { BaseTrust = 0, PartialTrust = 1, FullTrust = 2 };
 
 struct IUnknown {
   virtual HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** object) = 0;
   virtual ULONG STDMETHODCALLTYPE AddRef() = 0;
   virtual ULONG STDMETHODCALLTYPE Release() = 0;
+};
+struct IAgileObject : IUnknown {
+  static constexpr GUID iid = {0x94ea2b94, 0xe9cc, 0x49e0, {0xc0, 0xff, 0xee, 0x64, 0xca, 0x8f, 0x5b, 0x90}};
 };
 struct IInspectable : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE GetIids(ULONG* count, IID** iids) = 0;
@@ -56,8 +74,11 @@ struct IInspectable : IUnknown {
 
 namespace vexcap::windows::abi {
 
+using ::IAgileObject;
 using ::IInspectable;
 using ::IUnknown;
+
+inline constexpr GUID iid_unknown = {0x00000000, 0x0000, 0x0000, {0xc0, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x46}};
 
 struct EventRegistrationToken {
   INT64 value;
