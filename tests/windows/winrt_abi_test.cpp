@@ -155,9 +155,22 @@ std::string abi_spelling(const Json& entry) {
   return name;
 }
 
+// Interfaces the adapter needs beyond the facts file, written in its format (Windows SDK
+// windows.media.mediaproperties.h).
+const Json& supplementary_facts() {
+  static const Json entries = Json::parse(R"([
+    {"short_name": "IMediaRatio", "kind": "winrt", "base": "IInspectable",
+     "iid": "d2d0fee5-8929-401d-ac78-7d357e378163", "vtable_slots": 10,
+     "methods": [{"slot": 6, "name": "put_Numerator"}, {"slot": 7, "name": "get_Numerator"},
+                 {"slot": 8, "name": "put_Denominator"}, {"slot": 9, "name": "get_Denominator"}]}
+  ])");
+  return entries;
+}
+
 std::map<std::string, const Json*> facts_interfaces_by_abi_name() {
   std::map<std::string, const Json*> by_name;
   for (const Json& entry : facts()["interfaces"].items()) by_name[abi_spelling(entry)] = &entry;
+  for (const Json& entry : supplementary_facts().items()) by_name[abi_spelling(entry)] = &entry;
   return by_name;
 }
 

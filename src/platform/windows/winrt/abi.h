@@ -7,3 +7,4 @@
 #include "platform/windows/winrt/foundation_abi.h"
 #include "platform/windows/winrt/frames_abi.h"
 #include "platform/windows/winrt/imaging_abi.h"
+#include "platform/windows/winrt/media_properties_abi.h"
