@@ -32,14 +32,6 @@ ComPtr<abi::IReference<UINT32>> box_uint32(std::uint32_t value) {
   return query<abi::IReference<UINT32>>(boxed);
 }
 
-ComPtr<IInspectable> box_bytes(const std::vector<std::uint8_t>& bytes) {
-  ComPtr<IInspectable> boxed;
-  // The array parameter is input only; the platform copies it.
-  check(property_values()->CreateUInt8Array(static_cast<UINT32>(bytes.size()),
-                                            const_cast<BYTE*>(bytes.data()), boxed.put()));
-  return boxed;
-}
-
 platform::PropertyValue unbox_property_value(const ComPtr<IInspectable>& value) {
   check_present(value);
   platform::PropertyValue result;

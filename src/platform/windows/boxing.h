@@ -13,9 +13,6 @@ namespace vexcap::windows {
 // IReference<UInt32>: the maximum value size of a property read.
 ComPtr<abi::IReference<UINT32>> box_uint32(std::uint32_t value);
 
-// A UInt8 array (IReferenceArray<UInt8>) holding a copy of the bytes.
-ComPtr<IInspectable> box_bytes(const std::vector<std::uint8_t>& bytes);
-
 // A boxed value as the port reports it: the value's runtime class name and, when it is a
 // UInt8 array, its bytes.
 platform::PropertyValue unbox_property_value(const ComPtr<IInspectable>& value);

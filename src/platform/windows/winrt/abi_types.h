@@ -150,6 +150,7 @@ struct IAsyncInfo;
 struct IMediaCaptureFailedEventHandler;
 struct IAsyncActionCompletedHandler;
 struct IMemoryBufferByteAccess;
+struct IMediaRatio;
 struct IBufferByteAccess;
 
 // Runtime classes: their names and default interfaces enter the signatures of the

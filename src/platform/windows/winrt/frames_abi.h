@@ -93,7 +93,7 @@ struct IMediaFrameFormat : IInspectable {
   static constexpr GUID iid = {0x71902b4e, 0xb279, 0x4a97, {0xa9, 0xdb, 0xbd, 0x5a, 0x2f, 0xb7, 0x8f, 0x39}};
   virtual HRESULT STDMETHODCALLTYPE get_MajorType(HSTRING* value) = 0;
   virtual HRESULT STDMETHODCALLTYPE get_Subtype(HSTRING* value) = 0;
-  virtual HRESULT STDMETHODCALLTYPE get_FrameRate(IInspectable** value) = 0;
+  virtual HRESULT STDMETHODCALLTYPE get_FrameRate(IMediaRatio** value) = 0;
   virtual HRESULT STDMETHODCALLTYPE get_Properties(IMapView<GUID, IInspectable>** value) = 0;
   virtual HRESULT STDMETHODCALLTYPE get_VideoFormat(IVideoMediaFrameFormat** value) = 0;
 };
