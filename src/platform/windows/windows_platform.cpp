@@ -1,5 +1,8 @@
 // The Windows platform: the product's adapter behind the port.
 #include "platform/port.h"
+#include "platform/windows/device_enumeration.h"
+#include "platform/windows/device_source.h"
+#include "platform/windows/mf_attributes.h"
 #include "platform/windows/platform_error.h"
 #include "platform/windows/windows_runtime.h"
 
@@ -29,16 +32,17 @@ class WindowsPlatform final : public platform::Platform {
                                                                    std::int32_t) override {
     not_available_yet();
   }
-  hresult create_attributes(std::uint32_t, std::shared_ptr<platform::Attributes>&) override {
-    return HR_NOTIMPL;
+  hresult create_attributes(std::uint32_t initial_size,
+                            std::shared_ptr<platform::Attributes>& attributes) override {
+    return windows::create_attributes(initial_size, attributes);
   }
-  hresult enum_device_sources(platform::Attributes&,
-                              std::vector<std::shared_ptr<platform::DeviceActivate>>&) override {
-    return HR_NOTIMPL;
+  hresult enum_device_sources(platform::Attributes& attributes,
+                              std::vector<std::shared_ptr<platform::DeviceActivate>>& activates) override {
+    return windows::enum_device_sources(attributes, activates);
   }
-  hresult create_device_source(platform::Attributes&,
-                               std::shared_ptr<platform::DeviceSource>&) override {
-    return HR_NOTIMPL;
+  hresult create_device_source(platform::Attributes& attributes,
+                               std::shared_ptr<platform::DeviceSource>& source) override {
+    return windows::create_device_source(attributes, source);
   }
   std::optional<std::wstring> system_message(std::uint32_t message_id) override {
     return windows::system_message(message_id);
