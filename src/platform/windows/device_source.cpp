@@ -10,7 +10,7 @@ namespace vexcap::windows {
 hresult MfDeviceSource::shutdown() { return source_->Shutdown(); }
 
 hresult MfDeviceSource::query_ks_control(std::shared_ptr<platform::KsControl>& control) {
-  ComPtr<IKsControl> native;
+  ComPtr<abi::IKsControl> native;
   const HRESULT result = source_.query(native);
   if (FAILED(result)) return result;
   control = std::make_shared<MfKsControl>(std::move(native));
@@ -18,7 +18,7 @@ hresult MfDeviceSource::query_ks_control(std::shared_ptr<platform::KsControl>& c
 }
 
 hresult MfDeviceSource::query_topology(std::shared_ptr<platform::KsTopology>& topology) {
-  ComPtr<IKsTopologyInfo> native;
+  ComPtr<abi::IKsTopologyInfo> native;
   const HRESULT result = source_.query(native);
   if (FAILED(result)) return result;
   topology = std::make_shared<MfKsTopology>(std::move(native));

@@ -1,4 +1,5 @@
-// Every Windows Runtime ABI declaration of the adapter.
+// Every ABI declaration of the adapter: the Windows Runtime and the kernel-streaming COM
+// interfaces the system headers lack.
 #pragma once
 
 #include "platform/windows/winrt/capture_abi.h"
@@ -7,4 +8,5 @@
 #include "platform/windows/winrt/foundation_abi.h"
 #include "platform/windows/winrt/frames_abi.h"
 #include "platform/windows/winrt/imaging_abi.h"
+#include "platform/windows/winrt/kernel_streaming_abi.h"
 #include "platform/windows/winrt/media_properties_abi.h"

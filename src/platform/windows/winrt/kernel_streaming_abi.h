@@ -1,11 +1,12 @@
-// The two kernel-streaming interfaces a Media Foundation device source answers. Declared here
-// because the MinGW headers lack IKsTopologyInfo and bring IKsControl only with all of ks.h.
-// Property requests stay raw bytes: the core builds KSPROPERTY / KSP_NODE itself.
+// The two kernel-streaming interfaces a Media Foundation device source answers: classic COM,
+// declared here (the MinGW headers lack IKsTopologyInfo and bring IKsControl only with all of
+// ks.h) so that the ABI test checks them with the others. Property requests stay raw bytes:
+// the core builds KSPROPERTY / KSP_NODE itself.
 #pragma once
 
-#include <unknwn.h>
+#include "platform/windows/winrt/abi_base.h"
 
-namespace vexcap::windows {
+namespace vexcap::windows::abi {
 
 struct IKsControl : IUnknown {
   static constexpr GUID iid = {0x28f54685, 0x06fd, 0x11d2, {0xb2, 0x7a, 0x00, 0xa0, 0xc9, 0x22, 0x31, 0x96}};
@@ -31,4 +32,4 @@ struct IKsTopologyInfo : IUnknown {
   virtual HRESULT STDMETHODCALLTYPE CreateNodeInstance(DWORD node, REFIID interface_id, void** object) = 0;
 };
 
-}  // namespace vexcap::windows
+}  // namespace vexcap::windows::abi
