@@ -1,36 +1,38 @@
 // The Windows platform: the product's adapter behind the port.
 #include "platform/port.h"
+#include "platform/windows/capture.h"
 #include "platform/windows/device_enumeration.h"
 #include "platform/windows/device_source.h"
+#include "platform/windows/device_watcher.h"
+#include "platform/windows/imaging.h"
 #include "platform/windows/mf_attributes.h"
 #include "platform/windows/platform_error.h"
+#include "platform/windows/source_group.h"
 #include "platform/windows/windows_runtime.h"
 
 namespace vexcap::windows {
 
 namespace {
 
-[[noreturn]] void not_available_yet() {
-  throw platform::PlatformError(HR_NOTIMPL, L"not available in this build of the Windows adapter");
-}
-
 class WindowsPlatform final : public platform::Platform {
  public:
   platform::Runtime& runtime() override { return runtime_; }
 
   std::vector<std::shared_ptr<platform::SourceGroup>> find_all_source_groups() override {
-    not_available_yet();
+    return windows::find_all_source_groups();
   }
-  std::shared_ptr<platform::Capture> create_capture() override { not_available_yet(); }
+  std::shared_ptr<platform::Capture> create_capture() override { return std::make_shared<WinrtCapture>(); }
   std::unique_ptr<platform::DeviceWatcher> create_source_group_watcher() override {
-    not_available_yet();
+    return windows::create_source_group_watcher();
   }
-  std::shared_ptr<platform::Buffer> create_buffer(std::uint32_t) override { not_available_yet(); }
-  std::shared_ptr<platform::Bitmap> create_bitmap_copy_from_buffer(platform::Buffer&,
-                                                                   platform::PixelFormat,
-                                                                   std::int32_t,
-                                                                   std::int32_t) override {
-    not_available_yet();
+  std::shared_ptr<platform::Buffer> create_buffer(std::uint32_t capacity) override {
+    return windows::create_buffer(capacity);
+  }
+  std::shared_ptr<platform::Bitmap> create_bitmap_copy_from_buffer(platform::Buffer& buffer,
+                                                                   platform::PixelFormat format,
+                                                                   std::int32_t width,
+                                                                   std::int32_t height) override {
+    return windows::create_bitmap_copy_from_buffer(buffer, format, width, height);
   }
   hresult create_attributes(std::uint32_t initial_size,
                             std::shared_ptr<platform::Attributes>& attributes) override {
