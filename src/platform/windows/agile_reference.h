@@ -7,18 +7,25 @@
 #include "platform/windows/com_ptr.h"
 #include "platform/windows/platform_error.h"
 
+#if defined(__MINGW32__)
 // combase.dll; the MinGW headers declare neither the function nor its options.
 extern "C" HRESULT WINAPI RoGetAgileReference(UINT32 options, REFIID riid, IUnknown* unknown,
                                               IAgileReference** reference);
+#endif
 
 namespace vexcap::windows {
+
+#if defined(__MINGW32__)
+inline constexpr UINT32 agile_reference_default = 0;  // AGILEREFERENCE_DEFAULT
+#else
+inline constexpr AgileReferenceOptions agile_reference_default = AGILEREFERENCE_DEFAULT;
+#endif
 
 template <class I>
 class AgileReference {
  public:
   AgileReference() = default;
   explicit AgileReference(const ComPtr<I>& object) {
-    constexpr UINT32 agile_reference_default = 0;
     check(RoGetAgileReference(agile_reference_default, iid_of<I>(), object.get(), reference_.put()));
   }
   explicit operator bool() const { return static_cast<bool>(reference_); }

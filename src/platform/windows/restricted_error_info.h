@@ -1,10 +1,11 @@
 // IRestrictedErrorInfo: the error details a Windows Runtime call leaves on its thread. The
-// MinGW headers do not declare it.
+// Windows SDK declares it; the MinGW headers do not, so it is declared here for them.
 #pragma once
 
 #include <unknwn.h>
 #include <wtypes.h>
 
+#if defined(__MINGW32__)
 namespace vexcap::windows {
 
 struct IRestrictedErrorInfo : IUnknown {
@@ -19,3 +20,11 @@ struct IRestrictedErrorInfo : IUnknown {
 
 // combase.dll, through runtimeobject.
 extern "C" HRESULT WINAPI GetRestrictedErrorInfo(vexcap::windows::IRestrictedErrorInfo** info);
+#else
+#include <restrictederrorinfo.h>
+#include <roerrorapi.h>
+
+namespace vexcap::windows {
+using ::IRestrictedErrorInfo;
+}  // namespace vexcap::windows
+#endif
