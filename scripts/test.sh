@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Every test: native, AddressSanitizer + UndefinedBehaviorSanitizer, ThreadSanitizer, the Windows build
-# under Wine; then the product DLL's export table. Installs what is missing first.
+# under Wine; then the product DLL under Wine and its export table. Installs what is missing first.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -22,5 +22,6 @@ run_preset mingw
 echo "==== mingw-product ===="
 cmake --preset mingw-product >/dev/null
 cmake --build --preset mingw-product
+ctest --preset mingw-product
 tests/standalone/check_exports.sh build/mingw-product/VexcapLib.dll tests/standalone/exports.txt
 echo "All test runs passed."
