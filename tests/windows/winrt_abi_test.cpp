@@ -136,7 +136,7 @@ std::vector<DeclaredInterface> declared_interfaces() {
   all.push_back({#name, true, #base, std::nullopt, {}}); \
   {                                                     \
     using current [[maybe_unused]] = probes::name;
-#define VEXCAP_ABI_METHOD(interface, method) all.back().slots.push_back({#method, vtable_slot(&current::method)});
+#define VEXCAP_ABI_METHOD(owner, method) all.back().slots.push_back({#method, vtable_slot(&current::method)});
 #define VEXCAP_ABI_END(name) }
 #include "winrt_abi_table.inc"
 #undef VEXCAP_ABI_INTERFACE
@@ -178,19 +178,19 @@ TEST(WinrtAbi, EveryDeclaredInterfaceHasTheListedIidBaseAndSlots) {
   const auto listed = facts_interfaces_by_abi_name();
   const auto declared = declared_interfaces();
   ASSERT_GT(declared.size(), 60u);
-  for (const DeclaredInterface& interface : declared) {
-    SCOPED_TRACE(interface.name);
-    auto found = listed.find(interface.name);
+  for (const DeclaredInterface& declared_interface : declared) {
+    SCOPED_TRACE(declared_interface.name);
+    auto found = listed.find(declared_interface.name);
     ASSERT_NE(found, listed.end()) << "not in the facts";
     const Json& entry = *found->second;
-    EXPECT_EQ(interface.base, entry["base"].string());
-    if (!interface.generic) {
-      EXPECT_EQ(iid_text(*interface.iid), entry["iid"].string());
+    EXPECT_EQ(declared_interface.base, entry["base"].string());
+    if (!declared_interface.generic) {
+      EXPECT_EQ(iid_text(*declared_interface.iid), entry["iid"].string());
     }
     std::map<std::string, int> listed_slots;
     for (const Json& method : entry["methods"].items()) listed_slots[method["name"].string()] = int(method["slot"].number());
-    EXPECT_EQ(interface.slots.size(), listed_slots.size()) << "method count";
-    for (const auto& [method, slot] : interface.slots) {
+    EXPECT_EQ(declared_interface.slots.size(), listed_slots.size()) << "method count";
+    for (const auto& [method, slot] : declared_interface.slots) {
       auto listed_slot = listed_slots.find(method);
       if (listed_slot == listed_slots.end()) {
         ADD_FAILURE() << method << " is not listed";
@@ -198,14 +198,14 @@ TEST(WinrtAbi, EveryDeclaredInterfaceHasTheListedIidBaseAndSlots) {
         EXPECT_EQ(slot, listed_slot->second) << method;
       }
     }
-    const std::ptrdiff_t first = interface.base == "IInspectable" ? 6 : 3;
-    EXPECT_EQ(first + std::ptrdiff_t(interface.slots.size()), std::ptrdiff_t(entry["vtable_slots"].number()));
+    const std::ptrdiff_t first = declared_interface.base == "IInspectable" ? 6 : 3;
+    EXPECT_EQ(first + std::ptrdiff_t(declared_interface.slots.size()), std::ptrdiff_t(entry["vtable_slots"].number()));
   }
 }
 
 TEST(WinrtAbi, EveryListedRuntimeInterfaceIsDeclared) {
   std::map<std::string, bool> declared;
-  for (const auto& interface : declared_interfaces()) declared[interface.name] = true;
+  for (const auto& declared_interface : declared_interfaces()) declared[declared_interface.name] = true;
   for (const Json& entry : facts()["interfaces"].items()) {
     // The classic COM interfaces of kernel streaming and Media Foundation come from the
     // system headers.
