@@ -229,7 +229,7 @@ static void requests_hold_nothing(void) {
     CHECK(vexcap_exit() == VEXCAP_OK);
 
     print_change("requests", before, after);
-    /* 800 failed requests: a leak of even one byte each shows. */
+    /* 900 failed calls: a leak of even one byte each shows. */
     CHECK(after.heap_bytes <= before.heap_bytes + 512);
     CHECK(after.handles == before.handles);
     CHECK(after.threads == before.threads);
