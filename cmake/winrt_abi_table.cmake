@@ -1,5 +1,6 @@
 # Writes the table of the adapter's Windows Runtime ABI declarations: every interface and
-# delegate declared under src/platform/windows/winrt/ with its methods in declaration order.
+# delegate declared under src/platform/windows/winrt/ with its methods in declaration order,
+# and every enumeration with its enumerators.
 # The ABI test compiles the table, so each entry's IID and vtable slots come from the
 # compiled declarations themselves.
 #   cmake -DHEADERS="a.h|b.h" -DOUTPUT=table.inc -P winrt_abi_table.cmake
@@ -10,7 +11,15 @@ foreach(header IN LISTS HEADERS)
   set(current "")
   set(after_template FALSE)
   foreach(line IN LISTS lines)
-    if(line MATCHES "^template <")
+    if(line MATCHES "^enum class ([A-Za-z0-9_]+) : [A-Z0-9]+ { (.*) };$")
+      set(enum_name "${CMAKE_MATCH_1}")
+      string(APPEND table "VEXCAP_ABI_ENUM(${enum_name})\n")
+      string(REPLACE ", " ";" enumerators "${CMAKE_MATCH_2}")
+      foreach(enumerator IN LISTS enumerators)
+        string(REGEX REPLACE " = .*" "" enumerator "${enumerator}")
+        string(APPEND table "VEXCAP_ABI_ENUMERATOR(${enum_name}, ${enumerator})\n")
+      endforeach()
+    elseif(line MATCHES "^template <")
       set(after_template TRUE)
     elseif(line MATCHES "^struct (I[A-Za-z0-9_]+) : (IInspectable|IUnknown) {")
       set(current "${CMAKE_MATCH_1}")

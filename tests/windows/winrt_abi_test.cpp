@@ -126,6 +126,9 @@ struct DeclaredInterface {
   std::vector<std::pair<std::string, std::ptrdiff_t>> slots;  // method, slot
 };
 
+#define VEXCAP_ABI_ENUM(name)
+#define VEXCAP_ABI_ENUMERATOR(name, enumerator)
+
 std::vector<DeclaredInterface> declared_interfaces() {
   std::vector<DeclaredInterface> all;
 #define VEXCAP_ABI_INTERFACE(name, base) \
@@ -143,6 +146,32 @@ std::vector<DeclaredInterface> declared_interfaces() {
 #undef VEXCAP_ABI_GENERIC
 #undef VEXCAP_ABI_METHOD
 #undef VEXCAP_ABI_END
+#undef VEXCAP_ABI_ENUM
+#undef VEXCAP_ABI_ENUMERATOR
+  return all;
+}
+
+struct DeclaredEnum {
+  std::string name;
+  std::vector<std::pair<std::string, std::int64_t>> values;  // enumerator, value
+};
+
+std::vector<DeclaredEnum> declared_enums() {
+  std::vector<DeclaredEnum> all;
+#define VEXCAP_ABI_INTERFACE(name, base)
+#define VEXCAP_ABI_GENERIC(name, base)
+#define VEXCAP_ABI_METHOD(owner, method)
+#define VEXCAP_ABI_END(name)
+#define VEXCAP_ABI_ENUM(name) all.push_back({#name, {}});
+#define VEXCAP_ABI_ENUMERATOR(name, enumerator) \
+  all.back().values.push_back({#enumerator, std::int64_t(abi::name::enumerator)});
+#include "winrt_abi_table.inc"
+#undef VEXCAP_ABI_INTERFACE
+#undef VEXCAP_ABI_GENERIC
+#undef VEXCAP_ABI_METHOD
+#undef VEXCAP_ABI_END
+#undef VEXCAP_ABI_ENUM
+#undef VEXCAP_ABI_ENUMERATOR
   return all;
 }
 
@@ -211,6 +240,28 @@ TEST(WinrtAbi, EveryListedRuntimeInterfaceIsDeclared) {
     // system headers.
     if (entry["kind"].string() == "com" && !entry["name"].string().starts_with("Windows.")) continue;
     EXPECT_TRUE(declared.count(abi_spelling(entry))) << entry["name"].string();
+  }
+}
+
+TEST(WinrtAbi, EveryDeclaredEnumerationHasTheListedValues) {
+  std::map<std::string, const Json*> listed;
+  for (const auto& [name, entry] : facts()["enums"].members()) listed[name.substr(name.rfind('.') + 1)] = &entry;
+  const auto declared = declared_enums();
+  ASSERT_GT(declared.size(), 20u);
+  for (const DeclaredEnum& declared_enum : declared) {
+    SCOPED_TRACE(declared_enum.name);
+    auto found = listed.find(declared_enum.name);
+    ASSERT_NE(found, listed.end()) << "not in the facts";
+    const auto& values = (*found->second)["values"].members();
+    EXPECT_EQ(declared_enum.values.size(), values.size());
+    for (const auto& [enumerator, value] : declared_enum.values) {
+      auto listed_value = values.find(enumerator);
+      if (listed_value == values.end()) {
+        ADD_FAILURE() << enumerator << " is not listed";
+      } else {
+        EXPECT_EQ(value, std::int64_t(listed_value->second.number())) << enumerator;
+      }
+    }
   }
 }
 
