@@ -126,45 +126,33 @@ struct DeclaredInterface {
   std::vector<std::pair<std::string, std::ptrdiff_t>> slots;  // method, slot
 };
 
-#define VEXCAP_ABI_ENUM(name)
-#define VEXCAP_ABI_ENUMERATOR(name, enumerator)
-
-std::vector<DeclaredInterface> declared_interfaces() {
-  std::vector<DeclaredInterface> all;
-#define VEXCAP_ABI_INTERFACE(name, base) \
-  all.push_back({#name, false, #base, abi::name::iid, {}});  \
-  {                                                          \
-    using current [[maybe_unused]] = abi::name;
-#define VEXCAP_ABI_GENERIC(name, base)                  \
-  all.push_back({#name, true, #base, std::nullopt, {}}); \
-  {                                                     \
-    using current [[maybe_unused]] = probes::name;
-#define VEXCAP_ABI_METHOD(owner, method) all.back().slots.push_back({#method, vtable_slot(&current::method)});
-#define VEXCAP_ABI_END(name) }
-#include "winrt_abi_table.inc"
-#undef VEXCAP_ABI_INTERFACE
-#undef VEXCAP_ABI_GENERIC
-#undef VEXCAP_ABI_METHOD
-#undef VEXCAP_ABI_END
-#undef VEXCAP_ABI_ENUM
-#undef VEXCAP_ABI_ENUMERATOR
-  return all;
-}
-
 struct DeclaredEnum {
   std::string name;
   std::vector<std::pair<std::string, std::int64_t>> values;  // enumerator, value
 };
 
-std::vector<DeclaredEnum> declared_enums() {
-  std::vector<DeclaredEnum> all;
-#define VEXCAP_ABI_INTERFACE(name, base)
-#define VEXCAP_ABI_GENERIC(name, base)
-#define VEXCAP_ABI_METHOD(owner, method)
-#define VEXCAP_ABI_END(name)
-#define VEXCAP_ABI_ENUM(name) all.push_back({#name, {}});
+struct DeclaredAbi {
+  std::vector<DeclaredInterface> interfaces;
+  std::vector<DeclaredEnum> enums;
+};
+
+const DeclaredAbi& declared_abi() {
+  static const DeclaredAbi declared = [] {
+    DeclaredAbi all;
+#define VEXCAP_ABI_INTERFACE(name, base)                               \
+  all.interfaces.push_back({#name, false, #base, abi::name::iid, {}}); \
+  {                                                                    \
+    using current [[maybe_unused]] = abi::name;
+#define VEXCAP_ABI_GENERIC(name, base)                             \
+  all.interfaces.push_back({#name, true, #base, std::nullopt, {}}); \
+  {                                                                \
+    using current [[maybe_unused]] = probes::name;
+#define VEXCAP_ABI_METHOD(owner, method) \
+  all.interfaces.back().slots.push_back({#method, vtable_slot(&current::method)});
+#define VEXCAP_ABI_END(name) }
+#define VEXCAP_ABI_ENUM(name) all.enums.push_back({#name, {}});
 #define VEXCAP_ABI_ENUMERATOR(name, enumerator) \
-  all.back().values.push_back({#enumerator, std::int64_t(abi::name::enumerator)});
+  all.enums.back().values.push_back({#enumerator, std::int64_t(abi::name::enumerator)});
 #include "winrt_abi_table.inc"
 #undef VEXCAP_ABI_INTERFACE
 #undef VEXCAP_ABI_GENERIC
@@ -172,7 +160,9 @@ std::vector<DeclaredEnum> declared_enums() {
 #undef VEXCAP_ABI_END
 #undef VEXCAP_ABI_ENUM
 #undef VEXCAP_ABI_ENUMERATOR
-  return all;
+    return all;
+  }();
+  return declared;
 }
 
 // The name the facts give an interface in ABI spelling: delegates take the I prefix, templates
@@ -205,7 +195,7 @@ std::map<std::string, const Json*> facts_interfaces_by_abi_name() {
 
 TEST(WinrtAbi, EveryDeclaredInterfaceHasTheListedIidBaseAndSlots) {
   const auto listed = facts_interfaces_by_abi_name();
-  const auto declared = declared_interfaces();
+  const auto& declared = declared_abi().interfaces;
   ASSERT_GT(declared.size(), 60u);
   for (const DeclaredInterface& declared_interface : declared) {
     SCOPED_TRACE(declared_interface.name);
@@ -234,7 +224,7 @@ TEST(WinrtAbi, EveryDeclaredInterfaceHasTheListedIidBaseAndSlots) {
 
 TEST(WinrtAbi, EveryListedRuntimeInterfaceIsDeclared) {
   std::map<std::string, bool> declared;
-  for (const auto& declared_interface : declared_interfaces()) declared[declared_interface.name] = true;
+  for (const auto& declared_interface : declared_abi().interfaces) declared[declared_interface.name] = true;
   for (const Json& entry : facts()["interfaces"].items()) {
     // The classic COM interfaces of kernel streaming and Media Foundation come from the
     // system headers.
@@ -246,7 +236,7 @@ TEST(WinrtAbi, EveryListedRuntimeInterfaceIsDeclared) {
 TEST(WinrtAbi, EveryDeclaredEnumerationHasTheListedValues) {
   std::map<std::string, const Json*> listed;
   for (const auto& [name, entry] : facts()["enums"].members()) listed[name.substr(name.rfind('.') + 1)] = &entry;
-  const auto declared = declared_enums();
+  const auto& declared = declared_abi().enums;
   ASSERT_GT(declared.size(), 20u);
   for (const DeclaredEnum& declared_enum : declared) {
     SCOPED_TRACE(declared_enum.name);
