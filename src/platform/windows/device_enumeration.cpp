@@ -3,6 +3,7 @@
 #include <mfapi.h>
 #include <mfidl.h>
 
+#include <memory>
 #include <utility>
 
 #include "platform/windows/com_ptr.h"
@@ -11,6 +12,10 @@
 namespace vexcap::windows {
 
 namespace {
+
+struct TaskMemory {
+  void operator()(void* memory) const { CoTaskMemFree(memory); }
+};
 
 class MfDeviceActivate final : public platform::DeviceActivate {
  public:
@@ -21,9 +26,9 @@ class MfDeviceActivate final : public platform::DeviceActivate {
     UINT32 length = 0;
     const HRESULT result = activate_->GetAllocatedString(
         MF_DEVSOURCE_ATTRIBUTE_SOURCE_TYPE_VIDCAP_SYMBOLIC_LINK, &text, &length);
+    const std::unique_ptr<wchar_t, TaskMemory> owned(text);
     if (FAILED(result)) return result;
     link.assign(text, length);
-    CoTaskMemFree(text);
     return S_OK;
   }
 
