@@ -8,6 +8,8 @@
 #pragma STDC FP_CONTRACT OFF
 #elif defined(__GNUC__)
 #pragma GCC optimize("fp-contract=off")
+#elif defined(_MSC_VER)
+#pragma fp_contract(off)
 #endif
 
 namespace vexcap::frames {
