@@ -51,6 +51,8 @@ float v_term(Rgb p) {
 
 }  // namespace
 
+std::uint8_t rgb24_pixel_luma(const std::uint8_t* pixel) { return luma(load_pixel(pixel)); }
+
 void convert_rgb24_row_pair(const std::uint8_t* row0, const std::uint8_t* row1, std::uint32_t width,
                             std::uint8_t* y0, std::uint8_t* y1, std::uint8_t* uv) {
   for (std::uint32_t left = 0; left < width; left += 2) {

@@ -16,6 +16,9 @@ namespace vexcap::frames {
 void convert_rgb24_row_pair(const std::uint8_t* row0, const std::uint8_t* row1, std::uint32_t width,
                             std::uint8_t* y0, std::uint8_t* y1, std::uint8_t* uv);
 
+// The Y byte the conversion writes for one RGB24 pixel (3 bytes at `pixel`).
+std::uint8_t rgb24_pixel_luma(const std::uint8_t* pixel);
+
 // Converts a tightly packed RGB24 frame (rows width x 3 bytes apart) into NV12 at `dst`:
 // Y plane of width x height bytes, then the chroma plane at width x height, `width` bytes a
 // row, height / 2 rows. `dst` holds at least (width x height x 3) / 2 bytes.

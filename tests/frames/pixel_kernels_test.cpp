@@ -152,6 +152,44 @@ TEST(PixelKernels, LumaOfEveryColourMatchesTheFormulaOnEveryLevel) {
   }
 }
 
+// The vector kernels compute Y as floor((257 R + 504 G + 98 B + 16500) / 1000) and chroma from
+// the 2x2 sums in integers, and hand whatever lands on a whole number back to the reference.
+// Every such colour (and every chroma tie, as a solid block) in every lane of a 64-pixel run,
+// top row and bottom row, and in the partial run past the last whole one.
+TEST(PixelKernels, WholeNumberColoursAndChromaTiesInEveryLane) {
+  std::vector<std::array<std::uint8_t, 3>> whole;
+  int rounded_down = 0;
+  for (int r = 0; r < 256; ++r)
+    for (int g = 0; g < 256; ++g)
+      for (int b = 0; b < 256; ++b) {
+        const int n = 257 * r + 504 * g + 98 * b + 16500;
+        if (n % 1000 != 0) continue;
+        whole.push_back({std::uint8_t(r), std::uint8_t(g), std::uint8_t(b)});
+        rounded_down += formula_luma(r, g, b) != n / 1000;
+      }
+  // The float sum falls just short of the whole number for these colours only.
+  EXPECT_EQ(rounded_down, 325);
+
+  const std::uint32_t w = 2 * 64 + 10;
+  const std::uint32_t luma_rows = static_cast<std::uint32_t>((whole.size() + w - 1) / w) + 1;
+  const auto ties = tie_colours();
+  const std::uint32_t tie_rows = 2 * static_cast<std::uint32_t>(ties.size() / (w / 2) + 1);
+  const std::uint32_t h = (luma_rows + 1) / 2 * 2 + tie_rows;
+  Bytes rgb(std::size_t{w} * h * 3);
+  for (std::size_t p = 0; p < std::size_t{w} * h; ++p) {
+    const std::uint32_t y = static_cast<std::uint32_t>(p / w), x = static_cast<std::uint32_t>(p % w);
+    const std::array<std::uint8_t, 3> colour =
+        y < h - tie_rows ? whole[(p * 7) % whole.size()]
+                         : ties[((y - (h - tie_rows)) / 2 * (w / 2) + x / 2) % ties.size()];
+    std::memcpy(&rgb[p * 3], colour.data(), 3);
+  }
+  const Bytes expected = convert_with(pixel_kernels_at(SimdLevel::Scalar), rgb, w, h);
+  for (std::size_t p = 0; p < std::size_t{w} * (h - tie_rows); ++p)
+    ASSERT_EQ(expected[p], formula_luma(rgb[3 * p], rgb[3 * p + 1], rgb[3 * p + 2])) << p;
+  for (SimdLevel level : vector_levels())
+    EXPECT_EQ(convert_with(pixel_kernels_at(level), rgb, w, h), expected) << simd_level_name(level);
+}
+
 // ---- Rotations -------------------------------------------------------------------------------
 
 struct Shape {

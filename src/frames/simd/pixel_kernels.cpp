@@ -20,8 +20,11 @@ SimdLevel probe_cpu() {
 #if defined(VEXCAP_X86_KERNELS) && defined(__GNUC__)
   // The compiler's probe also checks that the operating system saves the wider registers.
   __builtin_cpu_init();
+  // AVX-512 as the kernels use it: byte permutes (VBMI) and byte dot products (VNNI) besides
+  // the base sets, as from Ice Lake and Zen 4 on. Earlier AVX-512 CPUs run the AVX2 table.
   if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-      __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq"))
+      __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq") &&
+      __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vnni"))
     return SimdLevel::Avx512;
   if (__builtin_cpu_supports("avx2")) return SimdLevel::Avx2;
   return SimdLevel::Sse2;  // part of x86-64
