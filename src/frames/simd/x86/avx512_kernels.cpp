@@ -10,23 +10,17 @@
 #include <cstdint>
 
 #include "frames/rgb24_to_nv12.h"
+#include "frames/simd/rgb24_whole_numbers.h"
 #include "frames/simd/x86/x86_kernels.h"
 
 namespace vexcap::frames::x86 {
 namespace {
 
-// ---- Why integers give the reference's bytes -------------------------------------------------
-// Y: with N = 257 R + 504 G + 98 B + 16500, the single-precision formula gives floor(N / 1000)
-// for every colour except where N is a multiple of 1000; there the float sum may land just
-// under the whole number (325 colours do). Such pixels are flagged and recomputed by the
-// reference. In 16-bit lanes N = 8 H + L with H = 32 R + 63 G + 12 B and L = R + 2 B + 16500,
-// so floor(N / 8) = H + (L >> 3) < 2^15 and floor(N / 1000) = ((H + (L >> 3)) * 33555) >> 22.
-// N is a multiple of 1000 exactly when N and 1000 Y agree modulo 2^16.
-// U and V: from the 2x2 sums, floor((-148 SR - 291 SG + 439 SB + 514000) / 4000) and
-// floor((439 SR - 368 SG - 71 SB + 514000) / 4000) equal the float sequence unless the
-// numerator is a multiple of 4000 (flagged the same way; the block goes to the reference).
-// The numerators are below 2^20: floor(N / 4000) = ((N >> 5) * 33555) >> 22.
-// Every step is checked over all colours and all 2x2 sums by the tests.
+// ---- The integer arithmetic (see rgb24_whole_numbers.h) -------------------------------------
+// Y in 16-bit lanes: N = 8 H + L with H = 32 R + 63 G + 12 B and L = R + 2 B + 16500, so
+// floor(N / 8) = H + (L >> 3) < 2^15 and floor(N / 1000) = ((H + (L >> 3)) * 33555) >> 22.
+// U and V: the numerators are below 2^20, floor(N / 4000) = ((N >> 5) * 33555) >> 22; a
+// numerator is a multiple of 4000 exactly when it agrees with 4000 floor(N / 4000) modulo 2^16.
 
 struct ByteIndex {
   alignas(64) std::uint8_t at[64];
@@ -61,25 +55,29 @@ constexpr WordIndex low_words_as_packed() {
   }
   return t;
 }
-// Block of a chroma word after that packing (blocks 16-31 in the second register).
-int block_of_chroma_word(int w) { return 4 * (w >> 3) + (w & 3); }
 
-// packus_epi16 of the two packed chroma registers: lane k holds U and V of blocks 4k..4k+3
-// from the first, then of blocks 16 + 4k.. from the second. This puts them in NV12 order.
+// The low bytes of the chroma words of blocks 0-15 (first register) and 16-31 (second) in
+// NV12 order: U and V of block 4k + m are words 8k + m and 8k + 4 + m.
 constexpr ByteIndex chroma_in_nv12_order() {
   ByteIndex t{};
   for (int j = 0; j < 32; ++j) {
-    const int b = j % 16, k = b / 4, m = b % 4, half = j < 16 ? 0 : 8;
-    t.at[2 * j] = static_cast<std::uint8_t>(16 * k + half + m);
-    t.at[2 * j + 1] = static_cast<std::uint8_t>(16 * k + half + 4 + m);
+    const int b = j % 16, k = b / 4, m = b % 4, second = j < 16 ? 0 : 64;
+    t.at[2 * j] = static_cast<std::uint8_t>(second + 2 * (8 * k + m));
+    t.at[2 * j + 1] = static_cast<std::uint8_t>(second + 2 * (8 * k + 4 + m));
   }
+  return t;
+}
+// The low bytes of two registers of words, in order.
+constexpr ByteIndex low_bytes() {
+  ByteIndex t{};
+  for (int i = 0; i < 64; ++i) t.at[i] = static_cast<std::uint8_t>(2 * i);
   return t;
 }
 
 constexpr ByteIndex kRedBlueLow = red_blue_words(0), kRedBlueHigh = red_blue_words(32);
 constexpr ByteIndex kGreenLow = green_words(0), kGreenHigh = green_words(32);
 constexpr WordIndex kLowWords = low_words_as_packed();
-constexpr ByteIndex kChromaOrder = chroma_in_nv12_order();
+constexpr ByteIndex kChromaOrder = chroma_in_nv12_order(), kLowBytes = low_bytes();
 
 __m512i load(const ByteIndex& t) { return _mm512_load_si512(t.at); }
 __m512i load(const WordIndex& t) { return _mm512_load_si512(t.at); }
@@ -107,19 +105,25 @@ RowWords load_row(const std::uint8_t* p, const __mmask64 (&loaded)[3]) {
            _mm512_maskz_permutex2var_epi8(kEvenBytes, v[1], load(kGreenHigh), v[2])}};
 }
 
-// Y of 32 pixels in 16-bit lanes; `multiple` flags the lanes whose N is a multiple of 1000.
+// A constant the compiler must multiply by: it would otherwise turn each vpmullw into five
+// shifts and subtractions.
+__m512i opaque_words(int v) {
+  __m512i k = words(v);
+  asm("" : "+v"(k));
+  return k;
+}
+
+// Y of 32 pixels in 16-bit lanes; `multiple` flags the lanes whose N is a multiple of 1000:
+// N = 8 eighth + low mod 8, so those where low is a multiple of 8 and eighth of 125.
 __m512i luma32(__m512i red_blue, __m512i green, __mmask32& multiple) {
-  const __m512i high = _mm512_add_epi16(
-      _mm512_maddubs_epi16(red_blue, words(32 | 12 << 8)),
-      _mm512_sub_epi16(_mm512_slli_epi16(green, 6), green));
-  const __m512i low = _mm512_add_epi16(
-      _mm512_maddubs_epi16(red_blue, words(1 | 2 << 8)),
-      words(16500));
+  const __m512i high = _mm512_add_epi16(_mm512_maddubs_epi16(red_blue, words(32 | 12 << 8)),
+                                        _mm512_maddubs_epi16(green, words(63)));
+  const __m512i low = _mm512_add_epi16(_mm512_maddubs_epi16(red_blue, words(1 | 2 << 8)),
+                                       words(16500));
   const __m512i eighth = _mm512_add_epi16(high, _mm512_srli_epi16(low, 3));
-  const __m512i y =
-      _mm512_srli_epi16(_mm512_mulhi_epu16(eighth, words(33555)), 6);
-  const __m512i n = _mm512_add_epi16(_mm512_slli_epi16(high, 3), low);
-  multiple = _mm512_cmpeq_epi16_mask(_mm512_mullo_epi16(y, words(1000)), n);
+  const __m512i y = _mm512_srli_epi16(_mm512_mulhi_epu16(eighth, words(33555)), 6);
+  multiple = _mm512_mask_cmpeq_epi16_mask(_mm512_testn_epi16_mask(low, words(7)),
+                                          _mm512_mullo_epi16(y, opaque_words(125)), eighth);
   return y;
 }
 
@@ -151,105 +155,80 @@ __m512i chroma_words(Numerators n, __mmask32& multiple) {
   const __m512i q =
       _mm512_srli_epi16(_mm512_mulhi_epu16(eighth, words(33555)), 6);
   const __m512i low = _mm512_permutex2var_epi16(n.u, load(kLowWords), n.v);
-  multiple = _mm512_cmpeq_epi16_mask(_mm512_mullo_epi16(q, words(4000)), low);
+  multiple = _mm512_cmpeq_epi16_mask(_mm512_mullo_epi16(q, opaque_words(4000)), low);
   return q;
 }
 
-struct RowPair {
-  const std::uint8_t* top;
-  const std::uint8_t* bottom;
-  std::uint8_t* y_top;
-  std::uint8_t* y_bottom;
-  std::uint8_t* uv;
-};
-
-// Recomputes with the reference what the integers could not decide.
-[[gnu::noinline, gnu::cold]] void settle_multiples(const RowPair& at, std::uint64_t y_top,
-                                                   std::uint64_t y_bottom, std::uint32_t chroma_first,
-                                                   std::uint32_t chroma_second) {
-  for (; y_top != 0; y_top &= y_top - 1) {
-    const int i = __builtin_ctzll(y_top);
-    at.y_top[i] = rgb24_pixel_luma(at.top + 3 * i);
-  }
-  for (; y_bottom != 0; y_bottom &= y_bottom - 1) {
-    const int i = __builtin_ctzll(y_bottom);
-    at.y_bottom[i] = rgb24_pixel_luma(at.bottom + 3 * i);
-  }
-  const std::uint32_t chroma[2] = {chroma_first, chroma_second};
-  for (int half = 0; half < 2; ++half) {
-    for (std::uint32_t words = chroma[half]; words != 0; words &= words - 1) {
-      const int block = 16 * half + block_of_chroma_word(__builtin_ctz(words));
-      convert_rgb24_row_pair(at.top + 6 * block, at.bottom + 6 * block, 2, at.y_top + 2 * block,
-                             at.y_bottom + 2 * block, at.uv + 2 * block);
-    }
-  }
+// Chroma word w of the packed registers belongs to block 4 (w / 8) + w % 4 (U or V).
+std::uint32_t blocks_of_chroma_words(std::uint32_t words) {
+  std::uint32_t blocks = 0;
+  for (int k = 0; k < 4; ++k) blocks |= ((words >> 8 * k | words >> (8 * k + 4)) & 0xF) << 4 * k;
+  return blocks;
 }
 
 std::uint64_t both_halves(__mmask32 low, __mmask32 high) {
   return std::uint64_t{low} | std::uint64_t{high} << 32;
 }
 
-enum class Store { Plain, Partial, Stream };
-
 // `columns` (even, at most 64) columns of a row pair; Partial loads and stores only those.
-template <Store kStore>
-void convert64(const RowPair& at, unsigned columns) {
+template <bool kPartial>
+[[gnu::always_inline]] inline void convert64(const Rgb24RowPair& at, unsigned columns) {
   __mmask64 loaded[3] = {~0ull, ~0ull, ~0ull};
-  if constexpr (kStore == Store::Partial) {
+  if constexpr (kPartial) {
     for (int k = 0; k < 3; ++k) {
       const int bytes = static_cast<int>(3 * columns) - 64 * k;
       loaded[k] = bytes >= 64 ? ~0ull : bytes <= 0 ? 0 : (1ull << bytes) - 1;
     }
   }
-  const RowWords top = load_row<kStore == Store::Partial>(at.top, loaded);
-  const RowWords bottom = load_row<kStore == Store::Partial>(at.bottom, loaded);
+  const RowWords top = load_row<kPartial>(at.top, loaded);
+  const RowWords bottom = load_row<kPartial>(at.bottom, loaded);
 
   __mmask32 flags[6];
-  const __m512i pixel_order = _mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7);
-  const __m512i y_top = _mm512_permutexvar_epi64(
-      pixel_order, _mm512_packus_epi16(luma32(top.red_blue[0], top.green[0], flags[0]),
-                                       luma32(top.red_blue[1], top.green[1], flags[1])));
-  const __m512i y_bottom = _mm512_permutexvar_epi64(
-      pixel_order, _mm512_packus_epi16(luma32(bottom.red_blue[0], bottom.green[0], flags[2]),
-                                       luma32(bottom.red_blue[1], bottom.green[1], flags[3])));
+  const __m512i y_top = _mm512_permutex2var_epi8(luma32(top.red_blue[0], top.green[0], flags[0]),
+                                                 load(kLowBytes),
+                                                 luma32(top.red_blue[1], top.green[1], flags[1]));
+  const __m512i y_bottom =
+      _mm512_permutex2var_epi8(luma32(bottom.red_blue[0], bottom.green[0], flags[2]), load(kLowBytes),
+                               luma32(bottom.red_blue[1], bottom.green[1], flags[3]));
   const __m512i first = chroma_words(
       chroma_numerators(top.red_blue[0], top.green[0], bottom.red_blue[0], bottom.green[0]), flags[4]);
   const __m512i second = chroma_words(
       chroma_numerators(top.red_blue[1], top.green[1], bottom.red_blue[1], bottom.green[1]), flags[5]);
-  const __m512i uv = _mm512_permutexvar_epi8(load(kChromaOrder), _mm512_packus_epi16(first, second));
+  const __m512i uv = _mm512_permutex2var_epi8(first, load(kChromaOrder), second);
 
-  if constexpr (kStore == Store::Stream) {
-    _mm512_stream_si512(reinterpret_cast<__m512i*>(at.y_top), y_top);
-    _mm512_stream_si512(reinterpret_cast<__m512i*>(at.y_bottom), y_bottom);
-    _mm512_stream_si512(reinterpret_cast<__m512i*>(at.uv), uv);
-  } else if constexpr (kStore == Store::Plain) {
-    _mm512_storeu_si512(at.y_top, y_top);
-    _mm512_storeu_si512(at.y_bottom, y_bottom);
-    _mm512_storeu_si512(at.uv, uv);
-  } else {
-    const __mmask64 stored = columns >= 64 ? ~0ull : (1ull << columns) - 1;
+  if constexpr (kPartial) {
+    const __mmask64 stored = (1ull << columns) - 1;
     _mm512_mask_storeu_epi8(at.y_top, stored, y_top);
     _mm512_mask_storeu_epi8(at.y_bottom, stored, y_bottom);
     _mm512_mask_storeu_epi8(at.uv, stored, uv);
+  } else {
+    _mm512_storeu_si512(at.y_top, y_top);
+    _mm512_storeu_si512(at.y_bottom, y_bottom);
+    _mm512_storeu_si512(at.uv, uv);
   }
   // Zeroed pixels past a partial run flag nothing: N = 16500 and both chroma numerators are
   // 514000, none a multiple.
-  if ((flags[0] | flags[1] | flags[2] | flags[3] | flags[4] | flags[5]) != 0) {
-    settle_multiples(at, both_halves(flags[0], flags[1]), both_halves(flags[2], flags[3]),
-                     flags[4], flags[5]);
+  if ((flags[0] | flags[1] | flags[2] | flags[3] | flags[4] | flags[5]) != 0) [[unlikely]] {
+    settle_whole_numbers(at, both_halves(flags[0], flags[1]), both_halves(flags[2], flags[3]),
+                         blocks_of_chroma_words(flags[4]) | blocks_of_chroma_words(flags[5]) << 16);
   }
 }
 
-template <Store kStore>
-void rgb24_row_pair(RowPair at, std::uint32_t width) {
+// `ahead`: the same columns two rows further on, fetched into L2 while this pair is converted
+// (the hardware prefetcher alone leaves a cold frame's rows waiting on memory).
+void rgb24_row_pair(Rgb24RowPair at, std::uint32_t width, std::size_t ahead) {
   std::uint32_t x = 0;
   for (; x + 64 <= width; x += 64) {
-    convert64<kStore>(at, 64);
+    for (int line = 0; line < 3; ++line) {
+      _mm_prefetch(reinterpret_cast<const char*>(at.top + ahead + 64 * line), _MM_HINT_T1);
+      _mm_prefetch(reinterpret_cast<const char*>(at.bottom + ahead + 64 * line), _MM_HINT_T1);
+    }
+    convert64<false>(at, 64);
     at.top += 192, at.bottom += 192, at.y_top += 64, at.y_bottom += 64, at.uv += 64;
   }
   const std::uint32_t even_rest = (width - x) & ~1u;
   if (even_rest != 0) {
-    convert64<Store::Partial>(at, even_rest);
+    convert64<true>(at, even_rest);
     at.top += 3 * even_rest, at.bottom += 3 * even_rest;
     at.y_top += even_rest, at.y_bottom += even_rest, at.uv += even_rest;
   }
@@ -258,23 +237,15 @@ void rgb24_row_pair(RowPair at, std::uint32_t width) {
 
 void rgb24_to_nv12(const std::uint8_t* src, std::uint32_t width, std::uint32_t height,
                    std::uint8_t* dst) {
-  const std::size_t src_row = std::size_t{width} * 3, pixels = std::size_t{width} * height;
-  std::uint8_t* chroma = dst + pixels;
-  // A frame larger than the cache would only evict what is there: stream it past, when every
-  // store lands on a whole aligned line.
-  const bool stream = pixels * 3 + pixels * 3 / 2 > last_level_cache_bytes() && width % 64 == 0 &&
-                      reinterpret_cast<std::uintptr_t>(dst) % 64 == 0;
+  const std::size_t src_row = std::size_t{width} * 3;
+  std::uint8_t* chroma = dst + std::size_t{width} * height;
   for (std::size_t pair = 0; pair < height / 2; ++pair) {
     const std::size_t top = pair * 2;
-    const RowPair at = {src + top * src_row, src + (top + 1) * src_row, dst + top * width,
-                        dst + (top + 1) * width, chroma + pair * width};
-    if (stream) {
-      rgb24_row_pair<Store::Stream>(at, width);
-    } else {
-      rgb24_row_pair<Store::Plain>(at, width);
-    }
+    // The last pair's prefetches point past the frame: harmless, a prefetch never faults.
+    rgb24_row_pair({src + top * src_row, src + (top + 1) * src_row, dst + top * width,
+                    dst + (top + 1) * width, chroma + pair * width},
+                   width, 2 * src_row);
   }
-  if (stream) _mm_sfence();
 }
 
 }  // namespace
