@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "frames/rgb24_to_nv12.h"
+#include "frames/simd/rgb24_whole_numbers.h"
 #include "frames/simd/tiled_rotation.h"
 #include "frames/simd/x86/x86_kernels.h"
 
@@ -21,96 +22,163 @@ __m256i load_pair(const std::uint8_t* low, const std::uint8_t* high) {
 }
 void store(std::uint8_t* p, __m256i v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
 
-// ---- RGB24 to NV12: eight columns of a row pair at a time ------------------------------------
-// The arithmetic and its exactness argument are those of the SSE2 kernel.
+// ---- RGB24 to NV12: thirty-two columns of a row pair at a time -----------------------------
+// The integer arithmetic of the AVX-512 kernel (see rgb24_whole_numbers.h), in 256-bit lanes:
+// pixels deinterleaved with byte shuffles into R | B << 8 and G words, Y and chroma from them.
 
-struct Channels {
-  __m256i r, g, b;
+__m256i words(int v) { return _mm256_set1_epi16(static_cast<short>(v)); }
+__m256i word_pairs(int low, int high) {
+  return _mm256_set1_epi32(
+      static_cast<int>((static_cast<unsigned>(high) << 16) | (static_cast<unsigned>(low) & 0xFFFF)));
+}
+// A constant the compiler must multiply by: it would otherwise turn each vpmullw into shifts.
+__m256i opaque_words(int v) {
+  __m256i k = words(v);
+  asm("" : "+x"(k));
+  return k;
+}
+
+// Sixteen pixels (48 bytes) as words: lane L holds pixels 8L..8L+7, taken from bytes 24L..24L+15
+// (`head`) and 24L+8..24L+23 (`tail`), so nothing past the sixteenth pixel is read.
+struct Words16 {
+  __m256i red_blue, green;
 };
 
-// Pixels 0-3 from bytes 0-11 (low lane), pixels 4-7 from bytes 12-23 loaded at offset 8 (high
-// lane): no byte past the eighth pixel is read. Each channel lands zero-extended in 32 bits.
-Channels load8(const std::uint8_t* p) {
-  const __m256i v = load_pair(p, p + 8);
-  const __m256i pick_r = _mm256_setr_epi8(0, -1, -1, -1, 3, -1, -1, -1, 6, -1, -1, -1, 9, -1, -1, -1,
-                                          4, -1, -1, -1, 7, -1, -1, -1, 10, -1, -1, -1, 13, -1, -1, -1);
-  const __m256i one = _mm256_set1_epi32(1);
-  return {_mm256_shuffle_epi8(v, pick_r), _mm256_shuffle_epi8(v, _mm256_add_epi32(pick_r, one)),
-          _mm256_shuffle_epi8(v, _mm256_add_epi32(pick_r, _mm256_add_epi32(one, one)))};
+// Byte `channel` of pixel i, then (with `second`) byte `second` of the same pixel, in word i.
+__m256i pick(bool from_tail, int first, int second) {
+  alignas(32) std::int8_t idx[32];
+  for (int lane = 0; lane < 2; ++lane)
+    for (int i = 0; i < 8; ++i)
+      for (int half = 0; half < 2; ++half) {
+        const int channel = half == 0 ? first : second;
+        const int at = 3 * i + channel;
+        const bool wanted = channel >= 0 && (at >= 16) == from_tail;
+        idx[16 * lane + 2 * i + half] = static_cast<std::int8_t>(wanted ? (from_tail ? at - 8 : at) : -1);
+      }
+  return _mm256_load_si256(reinterpret_cast<const __m256i*>(idx));
 }
 
-// The low byte of each 32-bit lane, packed into 8 bytes.
-__m128i low_bytes(__m256i v, __m256i pick) {
-  const __m256i packed = _mm256_shuffle_epi8(v, pick);
-  return _mm_unpacklo_epi32(_mm256_castsi256_si128(packed), _mm256_extracti128_si256(packed, 1));
+struct Picks {
+  __m256i rb_head, rb_tail, g_head, g_tail;
+};
+Picks make_picks() {
+  return {pick(false, 0, 2), pick(true, 0, 2), pick(false, 1, -1), pick(true, 1, -1)};
 }
 
-__m256i luma8(const Channels& c) {
-  __m256 s = _mm256_add_ps(_mm256_mul_ps(_mm256_set1_ps(0.257f), _mm256_cvtepi32_ps(c.r)),
-                           _mm256_mul_ps(_mm256_set1_ps(0.504f), _mm256_cvtepi32_ps(c.g)));
-  s = _mm256_add_ps(s, _mm256_mul_ps(_mm256_set1_ps(0.098f), _mm256_cvtepi32_ps(c.b)));
-  s = _mm256_add_ps(_mm256_add_ps(s, _mm256_set1_ps(16.0f)), _mm256_set1_ps(0.5f));
-  return _mm256_cvttps_epi32(s);
+Words16 load16(const std::uint8_t* p, const Picks& picks) {
+  const __m256i head = load_pair(p, p + 24), tail = load_pair(p + 8, p + 32);
+  return {_mm256_or_si256(_mm256_shuffle_epi8(head, picks.rb_head),
+                          _mm256_shuffle_epi8(tail, picks.rb_tail)),
+          _mm256_or_si256(_mm256_shuffle_epi8(head, picks.g_head),
+                          _mm256_shuffle_epi8(tail, picks.g_tail))};
 }
 
-__m256 block_sums(__m256i top, __m256i bottom) {
-  const __m256i column = _mm256_add_epi32(top, bottom);
-  return _mm256_cvtepi32_ps(_mm256_add_epi32(column, _mm256_srli_epi64(column, 32)));
+// Y of 16 pixels as words; `multiple` gets all-ones in the words whose N is a multiple of 1000.
+__m256i luma16(const Words16& px, __m256i& multiple) {
+  const __m256i high = _mm256_add_epi16(_mm256_maddubs_epi16(px.red_blue, words(32 | 12 << 8)),
+                                        _mm256_maddubs_epi16(px.green, words(63)));
+  const __m256i low =
+      _mm256_add_epi16(_mm256_maddubs_epi16(px.red_blue, words(1 | 2 << 8)), words(16500));
+  const __m256i eighth = _mm256_add_epi16(high, _mm256_srli_epi16(low, 3));
+  const __m256i y = _mm256_srli_epi16(_mm256_mulhi_epu16(eighth, words(33555)), 6);
+  // N and 1000 Y agree modulo 2^16 exactly when N is a multiple of 1000.
+  const __m256i n = _mm256_add_epi16(_mm256_slli_epi16(high, 3), low);
+  multiple = _mm256_cmpeq_epi16(_mm256_mullo_epi16(y, opaque_words(1000)), n);
+  return y;
 }
 
-__m256 weigh(__m256 sr, __m256 sg, __m256 sb, float wr, float wg, float wb) {
-  const __m256 s =
-      _mm256_add_ps(_mm256_mul_ps(sr, _mm256_set1_ps(wr)), _mm256_mul_ps(sg, _mm256_set1_ps(wg)));
-  return _mm256_add_ps(_mm256_add_ps(s, _mm256_mul_ps(sb, _mm256_set1_ps(wb))),
-                       _mm256_set1_ps(514000.0f));
+// Horizontal pairs of words summed into 32 bits.
+__m256i pair_sums(__m256i v) { return _mm256_madd_epi16(v, words(1)); }
+
+// U and V of 8 blocks as packed words (lane L: U then V of blocks 4L..4L+3) and the words
+// whose numerator is a multiple of 4000.
+__m256i chroma8(const Words16& top, const Words16& bottom, __m256i& multiple) {
+  const __m256i low_byte = words(0xFF);
+  const __m256i sr = pair_sums(_mm256_add_epi16(_mm256_and_si256(top.red_blue, low_byte),
+                                                _mm256_and_si256(bottom.red_blue, low_byte)));
+  const __m256i sb = pair_sums(_mm256_add_epi16(_mm256_srli_epi16(top.red_blue, 8),
+                                                _mm256_srli_epi16(bottom.red_blue, 8)));
+  const __m256i sg = pair_sums(_mm256_add_epi16(top.green, bottom.green));
+  const __m256i red_green = _mm256_or_si256(sr, _mm256_slli_epi32(sg, 16));
+  const __m256i blue_bias = _mm256_or_si256(sb, _mm256_set1_epi32(16 << 16));  // 16 x 32125 = 514000
+  const __m256i nu = _mm256_add_epi32(_mm256_madd_epi16(red_green, word_pairs(-148, -291)),
+                                      _mm256_madd_epi16(blue_bias, word_pairs(439, 32125)));
+  const __m256i nv = _mm256_add_epi32(_mm256_madd_epi16(red_green, word_pairs(439, -368)),
+                                      _mm256_madd_epi16(blue_bias, word_pairs(-71, 32125)));
+  const __m256i eighth = _mm256_packus_epi32(_mm256_srli_epi32(nu, 5), _mm256_srli_epi32(nv, 5));
+  const __m256i q = _mm256_srli_epi16(_mm256_mulhi_epu16(eighth, words(33555)), 6);
+  const __m256i low_word = _mm256_set1_epi32(0xFFFF);
+  const __m256i low = _mm256_packus_epi32(_mm256_and_si256(nu, low_word), _mm256_and_si256(nv, low_word));
+  multiple = _mm256_cmpeq_epi16(_mm256_mullo_epi16(q, opaque_words(4000)), low);
+  return q;
 }
 
-int whole_quotients(__m256 numerator) {
-  const __m256 nearest = _mm256_round_ps(_mm256_mul_ps(numerator, _mm256_set1_ps(1.0f / 4000)),
-                                         _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
-  return _mm256_movemask_ps(
-      _mm256_cmp_ps(_mm256_mul_ps(nearest, _mm256_set1_ps(4000.0f)), numerator, _CMP_EQ_OQ));
+// Bit i set for each all-ones word i of the two 16-word flag registers.
+std::uint32_t word_bits(__m256i first, __m256i second) {
+  std::uint32_t bits = 0;
+  const std::uint32_t bytes[2] = {static_cast<std::uint32_t>(_mm256_movemask_epi8(first)),
+                                  static_cast<std::uint32_t>(_mm256_movemask_epi8(second))};
+  for (int i = 0; i < 32; ++i) bits |= (bytes[i / 16] >> (2 * (i % 16)) & 1u) << i;
+  return bits;
+}
+// Chroma word w of a group belongs to its block 4 (w / 8) + w % 4.
+std::uint32_t blocks_of_chroma_words(std::uint32_t words16) {
+  return ((words16 | words16 >> 4) & 0xF) | ((words16 >> 8 | words16 >> 12) & 0xF) << 4;
 }
 
-void rgb24_row_pair(const std::uint8_t* row0, const std::uint8_t* row1, std::uint32_t width,
-                    std::uint8_t* y0, std::uint8_t* y1, std::uint8_t* uv) {
-  const __m256i pick_luma = _mm256_setr_epi8(0, 4, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1,
-                                             0, 4, 8, 12, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
-  const __m256i pick_chroma = _mm256_setr_epi8(0, 1, 8, 9, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1,
-                                               0, 1, 8, 9, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1);
+void convert32(const Rgb24RowPair& at, const Picks& picks) {
+  const Words16 top[2] = {load16(at.top, picks), load16(at.top + 48, picks)};
+  const Words16 bottom[2] = {load16(at.bottom, picks), load16(at.bottom + 48, picks)};
+  __m256i flags[6];
+  // packus interleaves the lanes of its two registers: vpermq 0xD8 puts the quarters in order.
+  const __m256i y_top = _mm256_permute4x64_epi64(
+      _mm256_packus_epi16(luma16(top[0], flags[0]), luma16(top[1], flags[1])), 0xD8);
+  const __m256i y_bottom = _mm256_permute4x64_epi64(
+      _mm256_packus_epi16(luma16(bottom[0], flags[2]), luma16(bottom[1], flags[3])), 0xD8);
+  const __m256i chroma = _mm256_packus_epi16(chroma8(top[0], bottom[0], flags[4]),
+                                             chroma8(top[1], bottom[1], flags[5]));
+  const __m256i nv12_pairs = _mm256_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15,
+                                              0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15);
+  const __m256i uv = _mm256_permute4x64_epi64(_mm256_shuffle_epi8(chroma, nv12_pairs), 0xD8);
+  store(at.y_top, y_top);
+  store(at.y_bottom, y_bottom);
+  store(at.uv, uv);
+  const __m256i any = _mm256_or_si256(_mm256_or_si256(flags[0], flags[1]),
+                                      _mm256_or_si256(_mm256_or_si256(flags[2], flags[3]),
+                                                      _mm256_or_si256(flags[4], flags[5])));
+  if (!_mm256_testz_si256(any, any)) [[unlikely]] {
+    const std::uint32_t chroma_words = word_bits(flags[4], flags[5]);
+    settle_whole_numbers(at, word_bits(flags[0], flags[1]), word_bits(flags[2], flags[3]),
+                         blocks_of_chroma_words(chroma_words & 0xFFFF) |
+                             blocks_of_chroma_words(chroma_words >> 16) << 8);
+  }
+}
+
+void rgb24_row_pair(Rgb24RowPair at, std::uint32_t width, std::size_t ahead, const Picks& picks) {
   std::uint32_t x = 0;
-  for (; x + 8 <= width; x += 8) {
-    const Channels a = load8(row0 + std::size_t{x} * 3);
-    const Channels b = load8(row1 + std::size_t{x} * 3);
-    const __m256 sr = block_sums(a.r, b.r), sg = block_sums(a.g, b.g), sb = block_sums(a.b, b.b);
-    const __m256 nu = weigh(sr, sg, sb, -148.0f, -291.0f, 439.0f);
-    const __m256 nv = weigh(sr, sg, sb, 439.0f, -368.0f, -71.0f);
-    if ((whole_quotients(nu) | whole_quotients(nv)) & 0x55) {
-      convert_rgb24_row_pair(row0 + std::size_t{x} * 3, row1 + std::size_t{x} * 3, 8, y0 + x,
-                             y1 + x, uv + x);
-      continue;
+  for (; x + 32 <= width; x += 32) {
+    // The same columns two rows on, into L2 while this pair is converted.
+    for (int line = 0; line < 96; line += 64) {
+      _mm_prefetch(reinterpret_cast<const char*>(at.top + ahead + line), _MM_HINT_T1);
+      _mm_prefetch(reinterpret_cast<const char*>(at.bottom + ahead + line), _MM_HINT_T1);
     }
-    const __m256i qu = _mm256_cvttps_epi32(_mm256_mul_ps(nu, _mm256_set1_ps(1.0f / 4000)));
-    const __m256i qv = _mm256_cvttps_epi32(_mm256_mul_ps(nv, _mm256_set1_ps(1.0f / 4000)));
-    const __m256i pairs = _mm256_or_si256(qu, _mm256_slli_epi32(qv, 8));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(y0 + x), low_bytes(luma8(a), pick_luma));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(y1 + x), low_bytes(luma8(b), pick_luma));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(uv + x), low_bytes(pairs, pick_chroma));
+    convert32(at, picks);
+    at.top += 96, at.bottom += 96, at.y_top += 32, at.y_bottom += 32, at.uv += 32;
   }
-  if (x < width) {
-    convert_rgb24_row_pair(row0 + std::size_t{x} * 3, row1 + std::size_t{x} * 3, width - x,
-                           y0 + x, y1 + x, uv + x);
-  }
+  if (x < width) convert_rgb24_row_pair(at.top, at.bottom, width - x, at.y_top, at.y_bottom, at.uv);
 }
 
 void rgb24_to_nv12(const std::uint8_t* src, std::uint32_t width, std::uint32_t height,
                    std::uint8_t* dst) {
+  const Picks picks = make_picks();
   const std::size_t src_row = std::size_t{width} * 3;
   std::uint8_t* chroma = dst + std::size_t{width} * height;
   for (std::size_t pair = 0; pair < height / 2; ++pair) {
     const std::size_t top = pair * 2;
-    rgb24_row_pair(src + top * src_row, src + (top + 1) * src_row, width, dst + top * width,
-                   dst + (top + 1) * width, chroma + pair * width);
+    // The last pair's prefetches point past the frame: harmless, a prefetch never faults.
+    rgb24_row_pair({src + top * src_row, src + (top + 1) * src_row, dst + top * width,
+                    dst + (top + 1) * width, chroma + pair * width},
+                   width, 2 * src_row, picks);
   }
 }
 
