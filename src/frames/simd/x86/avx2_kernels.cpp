@@ -38,43 +38,48 @@ __m256i opaque_words(int v) {
   return k;
 }
 
-// Sixteen pixels (48 bytes) as words: lane L holds pixels 8L..8L+7, taken from bytes 24L..24L+15
-// (`head`) and 24L+8..24L+23 (`tail`), so nothing past the sixteenth pixel is read.
+// Sixteen pixels (48 bytes) as words, lane L holding pixels 8L..8L+7. Two loads cover them:
+// `low` (bytes 0-31) and `high` (bytes 16-47), each lane's pixels lying in the same lane of
+// the two, so nothing past the sixteenth pixel is read.
 struct Words16 {
   __m256i red_blue, green;
 };
 
-// Byte `channel` of pixel i, then (with `second`) byte `second` of the same pixel, in word i.
-__m256i pick(bool from_tail, int first, int second) {
+// Byte `first` of pixel i, then (unless negative) byte `second`, into word i, from `high`
+// (from_high) or from `low`.
+__m256i pick(bool from_high, int first, int second) {
   alignas(32) std::int8_t idx[32];
   for (int lane = 0; lane < 2; ++lane)
     for (int i = 0; i < 8; ++i)
       for (int half = 0; half < 2; ++half) {
         const int channel = half == 0 ? first : second;
-        const int at = 3 * i + channel;
-        const bool wanted = channel >= 0 && (at >= 16) == from_tail;
-        idx[16 * lane + 2 * i + half] = static_cast<std::int8_t>(wanted ? (from_tail ? at - 8 : at) : -1);
+        const int at = 24 * lane + 3 * i + channel;  // byte of the 48
+        const int in_low = at - 16 * lane, in_high = at - 16 - 16 * lane;
+        const bool high = in_low >= 16;
+        idx[16 * lane + 2 * i + half] =
+            static_cast<std::int8_t>(channel < 0 || high != from_high ? -1 : high ? in_high : in_low);
       }
   return _mm256_load_si256(reinterpret_cast<const __m256i*>(idx));
 }
 
 struct Picks {
-  __m256i rb_head, rb_tail, g_head, g_tail;
+  __m256i rb_low, rb_high, g_low, g_high;
 };
 Picks make_picks() {
   return {pick(false, 0, 2), pick(true, 0, 2), pick(false, 1, -1), pick(true, 1, -1)};
 }
 
-Words16 load16(const std::uint8_t* p, const Picks& picks) {
-  const __m256i head = load_pair(p, p + 24), tail = load_pair(p + 8, p + 32);
-  return {_mm256_or_si256(_mm256_shuffle_epi8(head, picks.rb_head),
-                          _mm256_shuffle_epi8(tail, picks.rb_tail)),
-          _mm256_or_si256(_mm256_shuffle_epi8(head, picks.g_head),
-                          _mm256_shuffle_epi8(tail, picks.g_tail))};
+[[gnu::always_inline]] inline Words16 load16(const std::uint8_t* p, const Picks& picks) {
+  const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+  const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 16));
+  return {_mm256_or_si256(_mm256_shuffle_epi8(low, picks.rb_low),
+                          _mm256_shuffle_epi8(high, picks.rb_high)),
+          _mm256_or_si256(_mm256_shuffle_epi8(low, picks.g_low),
+                          _mm256_shuffle_epi8(high, picks.g_high))};
 }
 
 // Y of 16 pixels as words; `multiple` gets all-ones in the words whose N is a multiple of 1000.
-__m256i luma16(const Words16& px, __m256i& multiple) {
+[[gnu::always_inline]] inline __m256i luma16(const Words16& px, __m256i& multiple) {
   const __m256i high = _mm256_add_epi16(_mm256_maddubs_epi16(px.red_blue, words(32 | 12 << 8)),
                                         _mm256_maddubs_epi16(px.green, words(63)));
   const __m256i low =
@@ -88,11 +93,11 @@ __m256i luma16(const Words16& px, __m256i& multiple) {
 }
 
 // Horizontal pairs of words summed into 32 bits.
-__m256i pair_sums(__m256i v) { return _mm256_madd_epi16(v, words(1)); }
+[[gnu::always_inline]] inline __m256i pair_sums(__m256i v) { return _mm256_madd_epi16(v, words(1)); }
 
 // U and V of 8 blocks as packed words (lane L: U then V of blocks 4L..4L+3) and the words
 // whose numerator is a multiple of 4000.
-__m256i chroma8(const Words16& top, const Words16& bottom, __m256i& multiple) {
+[[gnu::always_inline]] inline __m256i chroma8(const Words16& top, const Words16& bottom, __m256i& multiple) {
   const __m256i low_byte = words(0xFF);
   const __m256i sr = pair_sums(_mm256_add_epi16(_mm256_and_si256(top.red_blue, low_byte),
                                                 _mm256_and_si256(bottom.red_blue, low_byte)));
@@ -126,7 +131,7 @@ std::uint32_t blocks_of_chroma_words(std::uint32_t words16) {
   return ((words16 | words16 >> 4) & 0xF) | ((words16 >> 8 | words16 >> 12) & 0xF) << 4;
 }
 
-void convert32(const Rgb24RowPair& at, const Picks& picks) {
+[[gnu::always_inline]] inline void convert32(const Rgb24RowPair& at, const Picks& picks) {
   const Words16 top[2] = {load16(at.top, picks), load16(at.top + 48, picks)};
   const Words16 bottom[2] = {load16(at.bottom, picks), load16(at.bottom + 48, picks)};
   __m256i flags[6];
