@@ -92,24 +92,26 @@ Picks make_picks() {
   return y;
 }
 
-// Horizontal pairs of words summed into 32 bits.
-[[gnu::always_inline]] inline __m256i pair_sums(__m256i v) { return _mm256_madd_epi16(v, words(1)); }
-
 // U and V of 8 blocks as packed words (lane L: U then V of blocks 4L..4L+3) and the words
 // whose numerator is a multiple of 4000.
-[[gnu::always_inline]] inline __m256i chroma8(const Words16& top, const Words16& bottom, __m256i& multiple) {
-  const __m256i low_byte = words(0xFF);
-  const __m256i sr = pair_sums(_mm256_add_epi16(_mm256_and_si256(top.red_blue, low_byte),
-                                                _mm256_and_si256(bottom.red_blue, low_byte)));
-  const __m256i sb = pair_sums(_mm256_add_epi16(_mm256_srli_epi16(top.red_blue, 8),
-                                                _mm256_srli_epi16(bottom.red_blue, 8)));
-  const __m256i sg = pair_sums(_mm256_add_epi16(top.green, bottom.green));
-  const __m256i red_green = _mm256_or_si256(sr, _mm256_slli_epi32(sg, 16));
-  const __m256i blue_bias = _mm256_or_si256(sb, _mm256_set1_epi32(16 << 16));  // 16 x 32125 = 514000
-  const __m256i nu = _mm256_add_epi32(_mm256_madd_epi16(red_green, word_pairs(-148, -291)),
-                                      _mm256_madd_epi16(blue_bias, word_pairs(439, 32125)));
-  const __m256i nv = _mm256_add_epi32(_mm256_madd_epi16(red_green, word_pairs(439, -368)),
-                                      _mm256_madd_epi16(blue_bias, word_pairs(-71, 32125)));
+[[gnu::always_inline]] inline __m256i chroma8(const Words16& top, const Words16& bottom,
+                                              __m256i& multiple) {
+  // Each 32-bit lane holds R, B of pixels 2j and 2j + 1: reordered to R R B B, one vpmaddubsw
+  // sums them into SR | SB << 16 (per row, then the rows added).
+  const __m256i reds_then_blues = _mm256_setr_epi8(0, 2, 1, 3, 4, 6, 5, 7, 8, 10, 9, 11, 12, 14, 13, 15,
+                                                   0, 2, 1, 3, 4, 6, 5, 7, 8, 10, 9, 11, 12, 14, 13, 15);
+  const __m256i ones = _mm256_set1_epi8(1);
+  const __m256i red_blue = _mm256_add_epi16(
+      _mm256_maddubs_epi16(_mm256_shuffle_epi8(top.red_blue, reds_then_blues), ones),
+      _mm256_maddubs_epi16(_mm256_shuffle_epi8(bottom.red_blue, reds_then_blues), ones));
+  // SG | 16 << 16; 16 x 32125 = 514000.
+  const __m256i green_bias =
+      _mm256_or_si256(_mm256_madd_epi16(_mm256_add_epi16(top.green, bottom.green), words(1)),
+                      _mm256_set1_epi32(16 << 16));
+  const __m256i nu = _mm256_add_epi32(_mm256_madd_epi16(red_blue, word_pairs(-148, 439)),
+                                      _mm256_madd_epi16(green_bias, word_pairs(-291, 32125)));
+  const __m256i nv = _mm256_add_epi32(_mm256_madd_epi16(red_blue, word_pairs(439, -71)),
+                                      _mm256_madd_epi16(green_bias, word_pairs(-368, 32125)));
   const __m256i eighth = _mm256_packus_epi32(_mm256_srli_epi32(nu, 5), _mm256_srli_epi32(nv, 5));
   const __m256i q = _mm256_srli_epi16(_mm256_mulhi_epu16(eighth, words(33555)), 6);
   const __m256i low_word = _mm256_set1_epi32(0xFFFF);
