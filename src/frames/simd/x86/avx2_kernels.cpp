@@ -92,8 +92,8 @@ Picks make_picks() {
   return y;
 }
 
-// U and V of 8 blocks as packed words (lane L: U then V of blocks 4L..4L+3) and the words
-// whose numerator is a multiple of 4000.
+// U and V of 8 blocks as words (block j: words 2j and 2j + 1) and the words whose numerator
+// is a multiple of 4000.
 [[gnu::always_inline]] inline __m256i chroma8(const Words16& top, const Words16& bottom,
                                               __m256i& multiple) {
   // Each 32-bit lane holds R, B of pixels 2j and 2j + 1: reordered to R R B B, one vpmaddubsw
@@ -112,10 +112,10 @@ Picks make_picks() {
                                       _mm256_madd_epi16(green_bias, word_pairs(-291, 32125)));
   const __m256i nv = _mm256_add_epi32(_mm256_madd_epi16(red_blue, word_pairs(439, -71)),
                                       _mm256_madd_epi16(green_bias, word_pairs(-368, 32125)));
-  const __m256i eighth = _mm256_packus_epi32(_mm256_srli_epi32(nu, 5), _mm256_srli_epi32(nv, 5));
+  // Block j's U and V side by side in 32-bit lane j, as NV12 stores them.
+  const __m256i eighth = _mm256_blend_epi16(_mm256_srli_epi32(nu, 5), _mm256_slli_epi32(nv, 11), 0xAA);
   const __m256i q = _mm256_srli_epi16(_mm256_mulhi_epu16(eighth, words(33555)), 6);
-  const __m256i low_word = _mm256_set1_epi32(0xFFFF);
-  const __m256i low = _mm256_packus_epi32(_mm256_and_si256(nu, low_word), _mm256_and_si256(nv, low_word));
+  const __m256i low = _mm256_blend_epi16(nu, _mm256_slli_epi32(nv, 16), 0xAA);
   multiple = _mm256_cmpeq_epi16(_mm256_mullo_epi16(q, opaque_words(4000)), low);
   return q;
 }
@@ -128,9 +128,11 @@ std::uint32_t word_bits(__m256i first, __m256i second) {
   for (int i = 0; i < 32; ++i) bits |= (bytes[i / 16] >> (2 * (i % 16)) & 1u) << i;
   return bits;
 }
-// Chroma word w of a group belongs to its block 4 (w / 8) + w % 4.
-std::uint32_t blocks_of_chroma_words(std::uint32_t words16) {
-  return ((words16 | words16 >> 4) & 0xF) | ((words16 >> 8 | words16 >> 12) & 0xF) << 4;
+// Blocks with a flagged U or V word (words 2j, 2j + 1: block j).
+std::uint32_t blocks_of_chroma_words(std::uint32_t chroma_words) {
+  std::uint32_t blocks = 0;
+  for (int j = 0; j < 16; ++j) blocks |= (chroma_words >> 2 * j & 3u ? 1u : 0u) << j;
+  return blocks;
 }
 
 [[gnu::always_inline]] inline void convert32(const Rgb24RowPair& at, const Picks& picks) {
@@ -142,11 +144,9 @@ std::uint32_t blocks_of_chroma_words(std::uint32_t words16) {
       _mm256_packus_epi16(luma16(top[0], flags[0]), luma16(top[1], flags[1])), 0xD8);
   const __m256i y_bottom = _mm256_permute4x64_epi64(
       _mm256_packus_epi16(luma16(bottom[0], flags[2]), luma16(bottom[1], flags[3])), 0xD8);
-  const __m256i chroma = _mm256_packus_epi16(chroma8(top[0], bottom[0], flags[4]),
-                                             chroma8(top[1], bottom[1], flags[5]));
-  const __m256i nv12_pairs = _mm256_setr_epi8(0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15,
-                                              0, 4, 1, 5, 2, 6, 3, 7, 8, 12, 9, 13, 10, 14, 11, 15);
-  const __m256i uv = _mm256_permute4x64_epi64(_mm256_shuffle_epi8(chroma, nv12_pairs), 0xD8);
+  const __m256i uv = _mm256_permute4x64_epi64(
+      _mm256_packus_epi16(chroma8(top[0], bottom[0], flags[4]), chroma8(top[1], bottom[1], flags[5])),
+      0xD8);
   store(at.y_top, y_top);
   store(at.y_bottom, y_bottom);
   store(at.uv, uv);
@@ -154,10 +154,8 @@ std::uint32_t blocks_of_chroma_words(std::uint32_t words16) {
                                       _mm256_or_si256(_mm256_or_si256(flags[2], flags[3]),
                                                       _mm256_or_si256(flags[4], flags[5])));
   if (!_mm256_testz_si256(any, any)) [[unlikely]] {
-    const std::uint32_t chroma_words = word_bits(flags[4], flags[5]);
     settle_whole_numbers(at, word_bits(flags[0], flags[1]), word_bits(flags[2], flags[3]),
-                         blocks_of_chroma_words(chroma_words & 0xFFFF) |
-                             blocks_of_chroma_words(chroma_words >> 16) << 8);
+                         blocks_of_chroma_words(word_bits(flags[4], flags[5])));
   }
 }
 
