@@ -31,10 +31,12 @@ __m256i word_pairs(int low, int high) {
   return _mm256_set1_epi32(
       static_cast<int>((static_cast<unsigned>(high) << 16) | (static_cast<unsigned>(low) & 0xFFFF)));
 }
-// A constant the compiler must multiply by: it would otherwise turn each vpmullw into shifts.
+// A constant GCC must multiply by: it would otherwise turn each vpmullw into shifts.
 __m256i opaque_words(int v) {
   __m256i k = words(v);
+#if defined(__GNUC__)
   asm("" : "+x"(k));
+#endif
   return k;
 }
 
@@ -69,7 +71,7 @@ Picks make_picks() {
   return {pick(false, 0, 2), pick(true, 0, 2), pick(false, 1, -1), pick(true, 1, -1)};
 }
 
-[[gnu::always_inline]] inline Words16 load16(const std::uint8_t* p, const Picks& picks) {
+VEXCAP_KERNEL_STEP Words16 load16(const std::uint8_t* p, const Picks& picks) {
   const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
   const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 16));
   return {_mm256_or_si256(_mm256_shuffle_epi8(low, picks.rb_low),
@@ -79,7 +81,7 @@ Picks make_picks() {
 }
 
 // Y of 16 pixels as words; `multiple` gets all-ones in the words whose N is a multiple of 1000.
-[[gnu::always_inline]] inline __m256i luma16(const Words16& px, __m256i& multiple) {
+VEXCAP_KERNEL_STEP __m256i luma16(const Words16& px, __m256i& multiple) {
   const __m256i high = _mm256_add_epi16(_mm256_maddubs_epi16(px.red_blue, words(32 | 12 << 8)),
                                         _mm256_maddubs_epi16(px.green, words(63)));
   const __m256i low =
@@ -94,7 +96,7 @@ Picks make_picks() {
 
 // U and V of 8 blocks as words (block j: words 2j and 2j + 1) and the words whose numerator
 // is a multiple of 4000.
-[[gnu::always_inline]] inline __m256i chroma8(const Words16& top, const Words16& bottom,
+VEXCAP_KERNEL_STEP __m256i chroma8(const Words16& top, const Words16& bottom,
                                               __m256i& multiple) {
   // Each 32-bit lane holds R, B of pixels 2j and 2j + 1: reordered to R R B B, one vpmaddubsw
   // sums them into SR | SB << 16 (per row, then the rows added).
@@ -135,7 +137,7 @@ std::uint32_t blocks_of_chroma_words(std::uint32_t chroma_words) {
   return blocks;
 }
 
-[[gnu::always_inline]] inline void convert32(const Rgb24RowPair& at, const Picks& picks) {
+VEXCAP_KERNEL_STEP void convert32(const Rgb24RowPair& at, const Picks& picks) {
   const Words16 top[2] = {load16(at.top, picks), load16(at.top + 48, picks)};
   const Words16 bottom[2] = {load16(at.bottom, picks), load16(at.bottom + 48, picks)};
   __m256i flags[6];

@@ -105,11 +105,13 @@ RowWords load_row(const std::uint8_t* p, const __mmask64 (&loaded)[3]) {
            _mm512_maskz_permutex2var_epi8(kEvenBytes, v[1], load(kGreenHigh), v[2])}};
 }
 
-// A constant the compiler must multiply by: it would otherwise turn each vpmullw into five
+// A constant GCC must multiply by: it would otherwise turn each vpmullw into five
 // shifts and subtractions.
 __m512i opaque_words(int v) {
   __m512i k = words(v);
+#if defined(__GNUC__)
   asm("" : "+v"(k));
+#endif
   return k;
 }
 
@@ -172,7 +174,7 @@ std::uint64_t both_halves(__mmask32 low, __mmask32 high) {
 
 // `columns` (even, at most 64) columns of a row pair; Partial loads and stores only those.
 template <bool kPartial>
-[[gnu::always_inline]] inline void convert64(const Rgb24RowPair& at, unsigned columns) {
+VEXCAP_KERNEL_STEP void convert64(const Rgb24RowPair& at, unsigned columns) {
   __mmask64 loaded[3] = {~0ull, ~0ull, ~0ull};
   if constexpr (kPartial) {
     for (int k = 0; k < 3; ++k) {

@@ -4,6 +4,14 @@
 
 #include "frames/simd/pixel_kernels.h"
 
+// Kernel steps are small functions; the compiler must fold them into the loop, where their
+// constants stay in registers.
+#if defined(_MSC_VER) && !defined(__clang__)
+#define VEXCAP_KERNEL_STEP __forceinline
+#else
+#define VEXCAP_KERNEL_STEP [[gnu::always_inline]] inline
+#endif
+
 namespace vexcap::frames::x86 {
 
 const PixelKernels& sse2_kernels();
