@@ -29,7 +29,7 @@ struct WordIndex {
   alignas(64) std::uint16_t at[32];
 };
 
-// Word i holds pixel first + i's R and B bytes (source: 128 bytes from the row at `base`).
+// Word i takes the R and B bytes of the pixel at byte 3 i + first of two 64-byte registers.
 constexpr ByteIndex red_blue_words(int first) {
   ByteIndex t{};
   for (int i = 0; i < 32; ++i) {
@@ -38,7 +38,7 @@ constexpr ByteIndex red_blue_words(int first) {
   }
   return t;
 }
-// Word i holds pixel first + i's G byte (the high bytes are zeroed by the mask).
+// Word i takes that pixel's G byte (the high bytes are zeroed by the mask).
 constexpr ByteIndex green_words(int first) {
   ByteIndex t{};
   for (int i = 0; i < 32; ++i) t.at[2 * i] = static_cast<std::uint8_t>(3 * i + first + 1);
