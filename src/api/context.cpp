@@ -82,6 +82,7 @@ int initialize_library() {
 int exit_library() {
   Context* context = current_context();
   if (context == nullptr) return VEXCAP_OK;
+  context->deferred.drain();
   const hresult result = send_request(*context, kMsgExit, 0, 0);
   g_context.store(nullptr, std::memory_order_release);
   tear_down(std::unique_ptr<Context>(context));

@@ -4,6 +4,7 @@
 #include <memory>
 #include <mutex>
 
+#include "api/deferred_requests.h"
 #include "api/request_transport.h"
 
 namespace vexcap::client {
@@ -18,6 +19,8 @@ struct Context {
   // Held by every export around its send, never by the request thread. Recursive, like the
   // critical section hosts expect.
   std::recursive_mutex request_lock;
+  // Stops and closes asked for from inside frame callbacks.
+  DeferredRequests deferred;
 };
 
 // Null while the library is not initialized.

@@ -1,12 +1,14 @@
 // The 33 exported functions: argument checks, one request to the request thread, and the
 // mapped result code.
 #include <cstdlib>
+#include <functional>
 
 #include "api/context.h"
 #include "api/device_callbacks.h"
 #include "api/messages.h"
 #include "api/request_args.h"
 #include "api/result_codes.h"
+#include "frames/frame_delivery.h"
 #include "log/log.h"
 #include "vexcap/vexcap.h"
 
@@ -55,6 +57,17 @@ template <typename T>
 int get_value(vexcap_device* device, T* out, std::uint32_t message) {
   if (device == nullptr || out == nullptr) return VEXCAP_E_INVALID_ARG;
   return request(message, as_wparam(out), as_lparam(device));
+}
+
+// Inside a frame callback a stop or close cannot wait: the request thread would wait for this
+// very thread to leave the frame handler. Such a call is handed to a thread of its own and
+// answers 0 at once; false when it is not inside a callback (or no thread could take it).
+bool defer_from_frame_callback(std::function<void(Context&)> request) {
+  if (!frames::inside_frame_callback()) return false;
+  Context* context = current_context();
+  if (context == nullptr) return false;
+  VXLOG('I', "Request from inside a frame callback runs after it");
+  return context->deferred.post([context, request = std::move(request)] { request(*context); });
 }
 
 }  // namespace
@@ -133,6 +146,11 @@ VEXCAP_API int vexcap_device_open(vexcap_device** device, const wchar_t* device_
 
 VEXCAP_API int vexcap_device_close(vexcap_device* device) {
   if (device == nullptr) return VEXCAP_E_INVALID_ARG;
+  if (defer_from_frame_callback([device](Context& context) {
+        send_request(context, kMsgDeviceClose, 0, as_lparam(device));
+        std::free(device);
+      }))
+    return VEXCAP_OK;
   const int result = request(kMsgDeviceClose, 0, as_lparam(device));
   std::free(device);  // whatever the request answered
   return result;
@@ -153,11 +171,19 @@ VEXCAP_API int vexcap_start_streaming_ex(vexcap_device* device, vexcap_frame_cal
 }
 
 VEXCAP_API int vexcap_stop_streaming(vexcap_device* device) {
+  if (device != nullptr && defer_from_frame_callback([device](Context& context) {
+        send_request(context, kMsgStopStreaming, 0, as_lparam(device));
+      }))
+    return VEXCAP_OK;
   return device_request(device, kMsgStopStreaming);
 }
 
 VEXCAP_API int vexcap_stop_streaming_ex(vexcap_device* device, uint32_t stream_selector) {
   if (device == nullptr) return VEXCAP_E_INVALID_ARG;
+  if (defer_from_frame_callback([device, stream_selector](Context&) {
+        request_with_selector(device, stream_selector, kMsgStopStreamingEx, 0);
+      }))
+    return VEXCAP_OK;
   return request_with_selector(device, stream_selector, kMsgStopStreamingEx, 0);
 }
 

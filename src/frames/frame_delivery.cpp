@@ -25,6 +25,14 @@ struct RecordFree {
 };
 using OwnedRecord = std::unique_ptr<vexcap_frame, RecordFree>;
 
+thread_local bool t_in_frame_callback = false;
+
+// Marks the thread for the duration of one host callback.
+struct InFrameCallback {
+  InFrameCallback() { t_in_frame_callback = true; }
+  ~InFrameCallback() { t_in_frame_callback = false; }
+};
+
 bool is_delivered_format(platform::PixelFormat format) {
   return format == platform::PixelFormat::Gray8 || format == platform::PixelFormat::Gray16 ||
          format == platform::PixelFormat::Nv12;
@@ -50,6 +58,8 @@ void copy_pixels(std::shared_ptr<platform::Bitmap> bitmap, platform::FrameSource
 
 }  // namespace
 
+bool inside_frame_callback() { return t_in_frame_callback; }
+
 hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& reader) {
   const std::shared_ptr<platform::Frame> frame = reader.try_acquire_latest_frame();
   if (!frame) return HR_OK;
@@ -71,6 +81,7 @@ hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& read
     copy_pixels(std::move(bitmap), client.frame_source().get(), *record);
 
     // No lock of the library's is held here: start and stop never wait for the host.
+    InFrameCallback marked;
     if (!callback(record.release(), context)) return HR_DISCONNECTED;
     return HR_OK;
   } catch (const platform::PlatformError& error) {

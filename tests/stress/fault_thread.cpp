@@ -1,0 +1,78 @@
+#include "stress/fault_thread.h"
+
+#include <chrono>
+#include <random>
+#include <thread>
+
+#include "platform/virtual/virtual_camera.h"
+
+namespace vexcap::stress {
+
+namespace vc = virtual_camera;
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr hresult kFailureCodes[] = {hr(0xC00D3EA2), hr(0xC00D3EA3), hr(0x80004005), hr(0x8007001F),
+                                     hr(0xC00D36B4), hr(0x80070015), hr(0xC00D4A44)};
+constexpr vc::PlatformCall kCalls[] = {
+    vc::PlatformCall::FindAllSourceGroups, vc::PlatformCall::Initialize,    vc::PlatformCall::CreateFrameReader,
+    vc::PlatformCall::StartReader,         vc::PlatformCall::SetFormat,     vc::PlatformCall::GetProperty,
+    vc::PlatformCall::SetProperty,         vc::PlatformCall::SetControl,    vc::PlatformCall::EnumDeviceSources,
+    vc::PlatformCall::CreateDeviceSource,  vc::PlatformCall::KsProperty,    vc::PlatformCall::StartWatcher};
+
+// Sleeps, but wakes early when the run ends.
+void pause(const StressState& state, milliseconds duration) {
+  const auto until = Clock::now() + duration;
+  while (!state.stopping.load() && Clock::now() < until) std::this_thread::sleep_for(milliseconds(2));
+}
+
+}  // namespace
+
+void run_fault_thread(StressState& state, const virtual_camera::GroupModel& group, std::uint64_t seed) {
+  std::mt19937_64 rng(seed);
+  auto between = [&](int low, int high) { return milliseconds(low + static_cast<int>(rng() % (high - low + 1))); };
+  auto last_clear = Clock::now();
+  while (!state.stopping.load()) {
+    pause(state, between(0, 200));  // 100 ms between faults on average
+    if (state.stopping.load()) break;
+    state.counters.faults.fetch_add(1);
+    const int roll = static_cast<int>(rng() % 100);
+    if (roll < 40) {
+      vc::raise_capture_failed(kFailureCodes[rng() % std::size(kFailureCodes)]);
+    } else if (roll < 50) {
+      vc::remove_group(state.group_id);
+      pause(state, between(20, 200));
+      vc::add_group(group);
+    } else if (roll < 60) {
+      vc::set_held_by_other_app(state.group_id, true);
+      pause(state, between(20, 200));
+      vc::set_held_by_other_app(state.group_id, false);
+    } else if (roll < 70) {
+      vc::set_frames_stopped(true);
+      pause(state, between(20, 200));
+      vc::set_frames_stopped(false);
+    } else if (roll < 75) {
+      vc::set_unsupported_frames(true);
+      pause(state, between(10, 60));
+      vc::set_unsupported_frames(false);
+    } else if (roll < 90) {  // a slow platform call
+      vc::set_call_fault(kCalls[rng() % std::size(kCalls)], vc::CallFault{HR_OK, between(10, 100)});
+      pause(state, between(50, 300));
+      vc::clear_faults();
+    } else {  // a failing platform call
+      vc::set_call_fault(kCalls[rng() % std::size(kCalls)],
+                         vc::CallFault{kFailureCodes[rng() % std::size(kFailureCodes)], milliseconds(0)});
+      pause(state, between(10, 100));
+      vc::clear_faults();
+    }
+    // The virtual camera records every request; a long run must not grow on them.
+    if (Clock::now() - last_clear > std::chrono::seconds(2)) {
+      vc::clear_records();
+      last_clear = Clock::now();
+    }
+  }
+}
+
+}  // namespace vexcap::stress

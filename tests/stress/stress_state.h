@@ -1,0 +1,94 @@
+// What the stress harness's threads share: the two device slots, the frame ledger, the call
+// latencies and the counters the final table prints.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <random>
+#include <set>
+#include <shared_mutex>
+#include <string>
+#include <vector>
+
+#include "vexcap/vexcap.h"
+
+namespace vexcap::stress {
+
+using Clock = std::chrono::steady_clock;
+
+// One host device per stream-mode class (0, non-zero), as the library keeps them. Calls that use
+// the handle hold the lock shared; open and close hold it exclusively, so no call ever sees a
+// freed handle (that would be the host's bug, not the library's).
+struct DeviceSlot {
+  std::shared_mutex lock;
+  vexcap_device* device = nullptr;  // guarded by lock
+  std::uint32_t mode = 0;
+  std::atomic<bool> streaming{false};
+};
+
+// Every record the library hands over, until it is given back exactly once.
+class FrameLedger {
+ public:
+  void delivered(vexcap_frame* frame);
+  void returning(vexcap_frame* frame);  // before vexcap_return_frame
+  std::size_t outstanding() const;
+  std::uint64_t delivered_count() const { return delivered_.load(); }
+  std::uint64_t returned_count() const { return returned_.load(); }
+  std::uint64_t double_returns() const { return double_returns_.load(); }
+
+ private:
+  mutable std::mutex mutex_;
+  std::set<vexcap_frame*> outstanding_;
+  std::atomic<std::uint64_t> delivered_{0};
+  std::atomic<std::uint64_t> returned_{0};
+  std::atomic<std::uint64_t> double_returns_{0};
+};
+
+// Per export: calls, the longest one, and any result outside its documented set.
+struct ExportStats {
+  std::atomic<std::uint64_t> calls{0};
+  std::atomic<std::int64_t> longest_us{0};
+  std::atomic<std::uint64_t> undocumented{0};
+};
+
+struct Counters {
+  std::atomic<std::uint64_t> faults{0};
+  std::atomic<std::uint64_t> callbacks_false{0};
+  std::atomic<std::uint64_t> late_returns{0};
+  std::atomic<std::uint64_t> stops_in_callback{0};
+  std::atomic<std::uint64_t> closes_in_callback{0};
+  std::atomic<std::uint64_t> device_events{0};
+  std::atomic<std::uint64_t> other_events{0};
+};
+
+// A call in flight on one host (or callback) thread, for the watchdog.
+struct CallInFlight {
+  std::atomic<const char*> name{nullptr};
+  std::atomic<std::int64_t> started_us{0};
+  std::atomic<std::uint64_t> thread{0};  // pthread_t of the caller
+};
+
+struct StressState {
+  std::wstring group_id;
+  std::array<DeviceSlot, 2> slots;  // [0]: mode 0, [1]: non-zero modes
+  FrameLedger frames;
+  Counters counters;
+  std::map<std::string, ExportStats> exports;  // filled before the threads start
+  std::atomic<bool> stopping{false};
+  std::atomic<bool> failed{false};
+  std::atomic<bool> finished{false};  // after the last vexcap_exit: the watchdog ends
+  // Calls in flight on any thread: host threads, callbacks, the shutdown.
+  std::vector<CallInFlight> in_flight = std::vector<CallInFlight>(128);
+
+  // Late returns: records a callback keeps and another thread gives back later.
+  std::mutex late_mutex;
+  std::vector<vexcap_frame*> late_frames;
+};
+
+std::int64_t now_us();
+
+}  // namespace vexcap::stress
