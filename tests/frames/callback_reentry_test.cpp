@@ -1,0 +1,80 @@
+// A frame callback that stops its stream or closes its device: the request thread waits for
+// the callback's thread to leave the frame handler, so such a call runs after the callback and
+// answers 0 at once instead of deadlocking.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "support/library_fixture.h"
+
+namespace vexcap {
+namespace {
+
+namespace vc = virtual_camera;
+using namespace std::chrono_literals;
+
+class CallbackReentry : public testing::LibraryTest {};
+
+struct Host {
+  vexcap_device* device = nullptr;
+  bool close = false;
+  std::atomic<int> frames{0};
+  std::atomic<int> answer{99};
+};
+
+bool stop_or_close_from_inside(vexcap_frame* frame, void* context) {
+  auto* host = static_cast<Host*>(context);
+  vexcap_return_frame(frame);
+  if (host->frames.fetch_add(1) == 0)
+    host->answer = host->close ? vexcap_device_close(host->device) : vexcap_stop_streaming(host->device);
+  return true;
+}
+
+// Advances the clock until the stream has stayed silent for a few frame periods.
+int frames_once_quiet(Host& host) {
+  int seen = -1;
+  for (int round = 0; round < 200 && seen != host.frames.load(); ++round) {
+    seen = host.frames.load();
+    for (int i = 0; i < 3; ++i) vc::advance_time(34ms);
+    std::this_thread::sleep_for(5ms);
+  }
+  return host.frames.load();
+}
+
+TEST_F(CallbackReentry, StopFromInsideTheCallbackEndsTheStream) {
+  Host host;
+  host.device = open_default_camera(VEXCAP_STREAM_MODE_SHARED);
+  ASSERT_NE(host.device, nullptr);
+  ASSERT_EQ(vexcap_start_streaming(host.device, stop_or_close_from_inside, &host), 0);
+  vc::advance_time(34ms);
+  const int frames = frames_once_quiet(host);
+  EXPECT_EQ(host.answer.load(), 0);
+  EXPECT_LE(frames, 3);  // at most the frames already on their way
+  // The device still answers requests and closes normally.
+  EXPECT_EQ(vexcap_start_streaming(host.device, stop_or_close_from_inside, &host), 0);
+  vc::advance_time(34ms);
+  EXPECT_GT(host.frames.load(), frames);
+  EXPECT_EQ(vexcap_device_close(host.device), 0);
+}
+
+TEST_F(CallbackReentry, CloseFromInsideTheCallbackClosesTheDevice) {
+  Host host;
+  host.close = true;
+  host.device = open_default_camera(VEXCAP_STREAM_MODE_EXCLUSIVE);
+  ASSERT_NE(host.device, nullptr);
+  const std::wstring group = *vc::default_scenario().groups.at(0).id;
+  ASSERT_EQ(vexcap_start_streaming_ex(host.device, stop_or_close_from_inside, &host,
+                                      VEXCAP_STREAM_SELECT_EXCLUSIVE), 0);
+  vc::advance_time(34ms);
+  frames_once_quiet(host);
+  EXPECT_EQ(host.answer.load(), 0);
+  // Both sessions ended; exit then finds nothing left running.
+  for (int i = 0; i < 200 && vc::session_count(group) != 0; ++i) std::this_thread::sleep_for(10ms);
+  EXPECT_EQ(vc::session_count(group), 0);
+  EXPECT_EQ(vexcap_exit(), 0);
+}
+
+}  // namespace
+}  // namespace vexcap
