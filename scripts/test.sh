@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
-# Every test: native, AddressSanitizer + UndefinedBehaviorSanitizer, ThreadSanitizer, the Windows build
-# under Wine; then the product DLL under Wine and its export table. Installs what is missing first.
+# Every test: native, AddressSanitizer + UndefinedBehaviorSanitizer, ThreadSanitizer (each with the
+# stress harness: 10 s native, 60 s under each sanitizer), the fuzz targets 30 s each, the Windows
+# build under Wine (stress 30 s); then the product DLL under Wine and its export table. Installs
+# what is missing first.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -17,6 +19,8 @@ run_preset() {
 run_preset native
 run_preset asan
 run_preset tsan
+echo "==== fuzz ===="
+bash scripts/fuzz.sh 30
 run_preset mingw
 
 echo "==== mingw-product ===="

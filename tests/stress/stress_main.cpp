@@ -21,7 +21,8 @@
 #include "vexcap/vexcap.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#include <sanitizer/allocator_interface.h>
+// The sanitizers' allocator count (GCC ships the runtime without its header).
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #define VEXCAP_HEAP_COUNTED 1
 #endif
 
