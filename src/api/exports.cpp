@@ -146,11 +146,13 @@ VEXCAP_API int vexcap_device_open(vexcap_device** device, const wchar_t* device_
 
 VEXCAP_API int vexcap_device_close(vexcap_device* device) {
   if (device == nullptr) return VEXCAP_E_INVALID_ARG;
-  if (defer_from_frame_callback([device](Context& context) {
-        send_request(context, kMsgDeviceClose, 0, as_lparam(device));
-        std::free(device);
-      }))
+  // The deferred request works on a copy: the host's handle is freed now, as after any close.
+  if (defer_from_frame_callback([handle = *device](Context& context) mutable {
+        send_request(context, kMsgDeviceClose, 0, as_lparam(&handle));
+      })) {
+    std::free(device);
     return VEXCAP_OK;
+  }
   const int result = request(kMsgDeviceClose, 0, as_lparam(device));
   std::free(device);  // whatever the request answered
   return result;
@@ -171,8 +173,9 @@ VEXCAP_API int vexcap_start_streaming_ex(vexcap_device* device, vexcap_frame_cal
 }
 
 VEXCAP_API int vexcap_stop_streaming(vexcap_device* device) {
-  if (device != nullptr && defer_from_frame_callback([device](Context& context) {
-        send_request(context, kMsgStopStreaming, 0, as_lparam(device));
+  // A copy of the handle: the host may close the device once this call has answered.
+  if (device != nullptr && defer_from_frame_callback([handle = *device](Context& context) mutable {
+        send_request(context, kMsgStopStreaming, 0, as_lparam(&handle));
       }))
     return VEXCAP_OK;
   return device_request(device, kMsgStopStreaming);
@@ -180,8 +183,8 @@ VEXCAP_API int vexcap_stop_streaming(vexcap_device* device) {
 
 VEXCAP_API int vexcap_stop_streaming_ex(vexcap_device* device, uint32_t stream_selector) {
   if (device == nullptr) return VEXCAP_E_INVALID_ARG;
-  if (defer_from_frame_callback([device, stream_selector](Context&) {
-        request_with_selector(device, stream_selector, kMsgStopStreamingEx, 0);
+  if (defer_from_frame_callback([handle = *device, stream_selector](Context&) mutable {
+        request_with_selector(&handle, stream_selector, kMsgStopStreamingEx, 0);
       }))
     return VEXCAP_OK;
   return request_with_selector(device, stream_selector, kMsgStopStreamingEx, 0);

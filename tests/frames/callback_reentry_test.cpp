@@ -59,6 +59,20 @@ TEST_F(CallbackReentry, StopFromInsideTheCallbackEndsTheStream) {
   EXPECT_EQ(vexcap_device_close(host.device), 0);
 }
 
+// The host may close the device as soon as the stop has answered: the stop still running after
+// the callback must not read the handle the close freed (ASan watches).
+TEST_F(CallbackReentry, DeviceClosedRightAfterAStopFromInsideTheCallback) {
+  Host host;
+  host.device = open_default_camera(VEXCAP_STREAM_MODE_EXCLUSIVE);
+  ASSERT_NE(host.device, nullptr);
+  ASSERT_EQ(vexcap_start_streaming_ex(host.device, stop_or_close_from_inside, &host,
+                                      VEXCAP_STREAM_SELECT_EXCLUSIVE), 0);
+  for (int i = 0; i < 100 && host.answer.load() == 99; ++i) vc::advance_time(34ms);
+  ASSERT_EQ(host.answer.load(), 0);
+  EXPECT_EQ(vexcap_device_close(host.device), 0);
+  EXPECT_EQ(vexcap_exit(), 0);  // waits for the stop
+}
+
 TEST_F(CallbackReentry, CloseFromInsideTheCallbackClosesTheDevice) {
   Host host;
   host.close = true;
