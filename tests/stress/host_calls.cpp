@@ -234,6 +234,8 @@ void controls(HostContext& host) {
   vexcap_property property{kProperties[pick(host.rng, 13)], wanted};
   if (property.id == 5) property.value = VEXCAP_DIAGNOSTIC_LOG_OFF;  // the log stays off: nobody reads it
   if (property.id == 18) property.id = 17;  // switching colour off for good would end the colour load
+  // Registering for the RGB status waits, without limit, for face authentication to be disabled.
+  if (property.id == 1) property.value = VEXCAP_FACE_AUTH_DISABLED;
   switch (pick(host.rng, 8)) {
     case 0:
       on_device(host, "vexcap_set_exposure", [&](vexcap_device* d) { return vexcap_set_exposure(d, wanted_exposure); });
