@@ -62,12 +62,16 @@ int get_value(vexcap_device* device, T* out, std::uint32_t message) {
 // Inside a frame callback a stop or close cannot wait: the request thread would wait for this
 // very thread to leave the frame handler. Such a call is handed to a thread of its own and
 // answers 0 at once; false when it is not inside a callback (or no thread could take it).
-bool defer_from_frame_callback(std::function<void(Context&)> request) {
+// The request gets its own copy of the handle's stream mode (never written after the open): the
+// selector is written by other callers inside the request lock.
+bool defer_from_frame_callback(const vexcap_device& device,
+                               std::function<void(Context&, vexcap_device&)> request) {
   if (!frames::inside_frame_callback()) return false;
   Context* context = current_context();
   if (context == nullptr) return false;
   VXLOG('I', "Request from inside a frame callback runs after it");
-  return context->deferred.post([context, request = std::move(request)] { request(*context); });
+  return context->deferred.post([context, handle = vexcap_device{device.stream_mode, 0, 0},
+                                 request = std::move(request)]() mutable { request(*context, handle); });
 }
 
 }  // namespace
@@ -147,7 +151,7 @@ VEXCAP_API int vexcap_device_open(vexcap_device** device, const wchar_t* device_
 VEXCAP_API int vexcap_device_close(vexcap_device* device) {
   if (device == nullptr) return VEXCAP_E_INVALID_ARG;
   // The deferred request works on a copy: the host's handle is freed now, as after any close.
-  if (defer_from_frame_callback([handle = *device](Context& context) mutable {
+  if (defer_from_frame_callback(*device, [](Context& context, vexcap_device& handle) {
         send_request(context, kMsgDeviceClose, 0, as_lparam(&handle));
       })) {
     std::free(device);
@@ -174,7 +178,7 @@ VEXCAP_API int vexcap_start_streaming_ex(vexcap_device* device, vexcap_frame_cal
 
 VEXCAP_API int vexcap_stop_streaming(vexcap_device* device) {
   // A copy of the handle: the host may close the device once this call has answered.
-  if (device != nullptr && defer_from_frame_callback([handle = *device](Context& context) mutable {
+  if (device != nullptr && defer_from_frame_callback(*device, [](Context& context, vexcap_device& handle) {
         send_request(context, kMsgStopStreaming, 0, as_lparam(&handle));
       }))
     return VEXCAP_OK;
@@ -183,7 +187,7 @@ VEXCAP_API int vexcap_stop_streaming(vexcap_device* device) {
 
 VEXCAP_API int vexcap_stop_streaming_ex(vexcap_device* device, uint32_t stream_selector) {
   if (device == nullptr) return VEXCAP_E_INVALID_ARG;
-  if (defer_from_frame_callback([handle = *device, stream_selector](Context&) mutable {
+  if (defer_from_frame_callback(*device, [stream_selector](Context&, vexcap_device& handle) {
         request_with_selector(&handle, stream_selector, kMsgStopStreamingEx, 0);
       }))
     return VEXCAP_OK;
