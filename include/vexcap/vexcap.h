@@ -95,8 +95,9 @@ typedef struct vexcap_frame {
 
 /* Called on a platform thread for every frame; return true to go on receiving frames,
  * false to stop delivery until streaming is started again. The record belongs to the host
- * from this call on. Never call vexcap_stop_streaming or vexcap_device_close from here on a
- * path that waits for this callback to end. */
+ * from this call on. vexcap_return_frame, vexcap_stop_streaming(_ex) and vexcap_device_close
+ * may be called from here: the stop or close then answers 0 at once and takes effect right
+ * after the callback. Other requests from here may wait for a stop of this very stream. */
 typedef bool (*vexcap_frame_callback)(vexcap_frame* frame, void* context);
 
 /* ---- Device properties -------------------------------------------------------------------- */
