@@ -10,7 +10,7 @@
 
 namespace vexcap::frames {
 
-// Up to 64 columns of a row pair, from the first column a kernel's flags count.
+// Where a run of a row pair starts: the first column a kernel's flags count.
 struct Rgb24RowPair {
   const std::uint8_t* top;
   const std::uint8_t* bottom;

@@ -1,6 +1,6 @@
 // Quarter turns in square-ish tiles: the vector kernels transpose whole tiles held in
-// registers, this drives them over a plane and leaves the ragged right and bottom strips to
-// the scalar moves.
+// registers, this drives them over a plane. Planes smaller than a tile, and unit sizes an
+// instruction set has no tiles for, go to the scalar moves.
 #pragma once
 
 #include <cstddef>
@@ -22,12 +22,35 @@ struct TileShape {
   std::uint32_t rows;  // source rows down
 };
 
-void rotate_clockwise_in_tiles(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
-                               std::uint8_t* dst, std::size_t dst_pitch, TileShape shape,
-                               TileTurn turn);
+struct UnitTiles {
+  TileShape shape;
+  TileTurn clockwise;
+  TileTurn counterclockwise;
+};
 
+// One instruction set's tiles for 1-byte and 2-byte units.
+struct QuarterTurnTiles {
+  UnitTiles bytes;
+  UnitTiles pairs;
+};
+
+enum class TurnDirection { Clockwise, Counterclockwise };
+
+void rotate_in_tiles(const QuarterTurnTiles& tiles, TurnDirection direction,
+                     const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
+                     std::uint8_t* dst, std::size_t dst_pitch);
+
+// The kernel table's entries for a set of tiles.
+template <const QuarterTurnTiles& kTiles>
+void rotate_clockwise_in_tiles(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
+                               std::uint8_t* dst, std::size_t dst_pitch) {
+  rotate_in_tiles(kTiles, TurnDirection::Clockwise, src, src_pitch, grid, dst, dst_pitch);
+}
+
+template <const QuarterTurnTiles& kTiles>
 void rotate_counterclockwise_in_tiles(const std::uint8_t* src, std::size_t src_pitch,
-                                      UnitGrid grid, std::uint8_t* dst, std::size_t dst_pitch,
-                                      TileShape shape, TileTurn turn);
+                                      UnitGrid grid, std::uint8_t* dst, std::size_t dst_pitch) {
+  rotate_in_tiles(kTiles, TurnDirection::Counterclockwise, src, src_pitch, grid, dst, dst_pitch);
+}
 
 }  // namespace vexcap::frames

@@ -1,25 +1,21 @@
 // AVX2 kernels. Built with -mavx2 -ffp-contract=off: no fused multiply-add may change a byte.
 //
-// Only declarations may be included besides <immintrin.h>: an inline function instantiated
-// here could be shared with translation units that run on CPUs without AVX2.
+// Besides <immintrin.h>, only declarations may be included, and templates that this file
+// instantiates with its own types or keeps in an unnamed namespace: any other inline function
+// compiled here could be shared with translation units that run on CPUs without AVX2.
 #include <immintrin.h>
 
 #include <cstdint>
 
 #include "frames/rgb24_to_nv12.h"
+#include "frames/simd/rgb24_row_pair_walker.h"
 #include "frames/simd/rgb24_whole_numbers.h"
-#include "frames/simd/tiled_rotation.h"
+#include "frames/simd/x86/avx2_tiles.h"
 #include "frames/simd/x86/x86_kernels.h"
 
 namespace vexcap::frames::x86 {
 namespace {
 
-__m128i load128(const std::uint8_t* p) {
-  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
-}
-__m256i load_pair(const std::uint8_t* low, const std::uint8_t* high) {
-  return _mm256_inserti128_si256(_mm256_castsi128_si256(load128(low)), load128(high), 1);
-}
 void store(std::uint8_t* p, __m256i v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), v); }
 
 // ---- RGB24 to NV12: thirty-two columns of a row pair at a time -----------------------------
@@ -161,99 +157,17 @@ VEXCAP_KERNEL_STEP void convert32(const Rgb24RowPair& at, const Picks& picks) {
   }
 }
 
-void rgb24_row_pair(Rgb24RowPair at, std::uint32_t width, std::size_t ahead, const Picks& picks) {
-  std::uint32_t x = 0;
-  for (; x + 32 <= width; x += 32) {
-    // The same columns two rows on, into L2 while this pair is converted.
-    for (int line = 0; line < 96; line += 64) {
-      _mm_prefetch(reinterpret_cast<const char*>(at.top + ahead + line), _MM_HINT_T1);
-      _mm_prefetch(reinterpret_cast<const char*>(at.bottom + ahead + line), _MM_HINT_T1);
-    }
-    convert32(at, picks);
-    at.top += 96, at.bottom += 96, at.y_top += 32, at.y_bottom += 32, at.uv += 32;
-  }
-  if (x < width) convert_rgb24_row_pair(at.top, at.bottom, width - x, at.y_top, at.y_bottom, at.uv);
-}
+// Thirty-two columns of a row pair.
+struct Rgb24Runs {
+  static constexpr std::uint32_t kColumns = 32;
+  Picks picks = make_picks();
+
+  VEXCAP_KERNEL_STEP void convert(const Rgb24RowPair& at) const { convert32(at, picks); }
+};
 
 void rgb24_to_nv12(const std::uint8_t* src, std::uint32_t width, std::uint32_t height,
                    std::uint8_t* dst) {
-  const Picks picks = make_picks();
-  const std::size_t src_row = std::size_t{width} * 3;
-  std::uint8_t* chroma = dst + std::size_t{width} * height;
-  for (std::size_t pair = 0; pair < height / 2; ++pair) {
-    const std::size_t top = pair * 2;
-    // The last pair's prefetches point past the frame: harmless, a prefetch never faults.
-    rgb24_row_pair({src + top * src_row, src + (top + 1) * src_row, dst + top * width,
-                    dst + (top + 1) * width, chroma + pair * width},
-                   width, 2 * src_row, picks);
-  }
-}
-
-// ---- 2-byte transposes: two tiles side by side, one per 128-bit lane ---------------------------------
-
-void transpose_lanes_u16(__m256i r[8]) {
-  #pragma GCC unroll 16
-  for (int round = 0; round < 3; ++round) {
-    __m256i t[8];
-    #pragma GCC unroll 16
-    for (int i = 0; i < 4; ++i) {
-      t[2 * i] = _mm256_unpacklo_epi16(r[i], r[i + 4]);
-      t[2 * i + 1] = _mm256_unpackhi_epi16(r[i], r[i + 4]);
-    }
-    #pragma GCC unroll 16
-    for (int i = 0; i < 8; ++i) r[i] = t[i];
-  }
-}
-
-// A tile is N source columns by 2N source rows (N = 8 two-byte units); each
-// destination row is 32 bytes. Clockwise, the low lane takes the lower half of the source
-// rows so that every destination row comes out in order.
-template <int N, bool clockwise>
-void turn_tile(const std::uint8_t* src, std::size_t src_pitch, std::uint8_t* dst,
-               std::size_t dst_pitch) {
-  __m256i r[N];
-  #pragma GCC unroll 16
-  for (int i = 0; i < N; ++i) {
-    if constexpr (clockwise) {
-      r[i] = load_pair(src + (2 * N - 1 - i) * src_pitch, src + (N - 1 - i) * src_pitch);
-    } else {
-      r[i] = load_pair(src + i * src_pitch, src + (N + i) * src_pitch);
-    }
-  }
-  transpose_lanes_u16(r);
-  #pragma GCC unroll 16
-  for (int j = 0; j < N; ++j) store(dst + (clockwise ? j : N - 1 - j) * dst_pitch, r[j]);
-}
-
-void tile_u16_cw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
-  turn_tile<8, true>(s, sp, d, dp);
-}
-void tile_u16_ccw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
-  turn_tile<8, false>(s, sp, d, dp);
-}
-
-void rotate_clockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
-                      std::uint8_t* dst, std::size_t dst_pitch) {
-  if (grid.unit == 1) {
-    // Wider byte tiles measured slower than the SSE2 ones (lane inserts, register spills).
-    sse2_kernels().rotate_clockwise(src, src_pitch, grid, dst, dst_pitch);
-  } else if (grid.unit == 2) {
-    rotate_clockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {8, 16}, tile_u16_cw);
-  } else {
-    rotate_units_clockwise(src, src_pitch, grid, dst, dst_pitch);
-  }
-}
-
-void rotate_counterclockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
-                             std::uint8_t* dst, std::size_t dst_pitch) {
-  if (grid.unit == 1) {
-    // Wider byte tiles measured slower than the SSE2 ones (lane inserts, register spills).
-    sse2_kernels().rotate_counterclockwise(src, src_pitch, grid, dst, dst_pitch);
-  } else if (grid.unit == 2) {
-    rotate_counterclockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {8, 16}, tile_u16_ccw);
-  } else {
-    rotate_units_counterclockwise(src, src_pitch, grid, dst, dst_pitch);
-  }
+  convert_rgb24_frame_in_runs(Rgb24Runs{}, src, width, height, dst);
 }
 
 // ---- Row reversal ----------------------------------------------------------------------------
@@ -275,8 +189,9 @@ void reverse_units(const std::uint8_t* src, std::uint8_t* dst, std::size_t units
   reverse_units_copy(src, dst + done, (bytes - done) / unit, unit);
 }
 
-const PixelKernels kKernels = {SimdLevel::Avx2, rgb24_to_nv12, rotate_clockwise,
-                               rotate_counterclockwise, reverse_units};
+const PixelKernels kKernels = {SimdLevel::Avx2, rgb24_to_nv12,
+                               rotate_clockwise_in_tiles<avx2_tiles::kTiles>,
+                               rotate_counterclockwise_in_tiles<avx2_tiles::kTiles>, reverse_units};
 
 }  // namespace
 

@@ -2,15 +2,18 @@
 // sixty-four columns of a row pair at a time, Y and chroma from the same registers.
 // Built with those -m flags and -ffp-contract=off like every kernel file.
 //
-// Only declarations may be included besides <immintrin.h>: an inline function instantiated
-// here could be shared with translation units that run on CPUs without AVX-512.
+// Besides <immintrin.h>, only declarations may be included, and templates that this file
+// instantiates with its own types or keeps in an unnamed namespace: any other inline function
+// compiled here could be shared with translation units that run on CPUs without AVX-512.
 #include <immintrin.h>
 
 #include <cstddef>
 #include <cstdint>
 
 #include "frames/rgb24_to_nv12.h"
+#include "frames/simd/rgb24_row_pair_walker.h"
 #include "frames/simd/rgb24_whole_numbers.h"
+#include "frames/simd/x86/avx2_tiles.h"
 #include "frames/simd/x86/x86_kernels.h"
 
 namespace vexcap::frames::x86 {
@@ -216,48 +219,33 @@ VEXCAP_KERNEL_STEP void convert64(const Rgb24RowPair& at, unsigned columns) {
   }
 }
 
-// `ahead`: the same columns two rows further on, fetched into L2 while this pair is converted
-// (the hardware prefetcher alone leaves a cold frame's rows waiting on memory).
-void rgb24_row_pair(Rgb24RowPair at, std::uint32_t width, std::size_t ahead) {
-  std::uint32_t x = 0;
-  for (; x + 64 <= width; x += 64) {
-    for (int line = 0; line < 3; ++line) {
-      _mm_prefetch(reinterpret_cast<const char*>(at.top + ahead + 64 * line), _MM_HINT_T1);
-      _mm_prefetch(reinterpret_cast<const char*>(at.bottom + ahead + 64 * line), _MM_HINT_T1);
-    }
-    convert64<false>(at, 64);
-    at.top += 192, at.bottom += 192, at.y_top += 64, at.y_bottom += 64, at.uv += 64;
+// Sixty-four columns of a row pair; the last, shorter run's even columns with masked loads
+// and stores.
+struct Rgb24Runs {
+  static constexpr std::uint32_t kColumns = 64;
+
+  VEXCAP_KERNEL_STEP void convert(const Rgb24RowPair& at) const { convert64<false>(at, kColumns); }
+  std::uint32_t convert_last(const Rgb24RowPair& at, std::uint32_t columns) const {
+    const std::uint32_t even = columns & ~1u;
+    if (even != 0) convert64<true>(at, even);
+    return even;
   }
-  const std::uint32_t even_rest = (width - x) & ~1u;
-  if (even_rest != 0) {
-    convert64<true>(at, even_rest);
-    at.top += 3 * even_rest, at.bottom += 3 * even_rest;
-    at.y_top += even_rest, at.y_bottom += even_rest, at.uv += even_rest;
-  }
-  if (width % 2 != 0) convert_rgb24_row_pair(at.top, at.bottom, 1, at.y_top, at.y_bottom, at.uv);
-}
+};
 
 void rgb24_to_nv12(const std::uint8_t* src, std::uint32_t width, std::uint32_t height,
                    std::uint8_t* dst) {
-  const std::size_t src_row = std::size_t{width} * 3;
-  std::uint8_t* chroma = dst + std::size_t{width} * height;
-  for (std::size_t pair = 0; pair < height / 2; ++pair) {
-    const std::size_t top = pair * 2;
-    // The last pair's prefetches point past the frame: harmless, a prefetch never faults.
-    rgb24_row_pair({src + top * src_row, src + (top + 1) * src_row, dst + top * width,
-                    dst + (top + 1) * width, chroma + pair * width},
-                   width, 2 * src_row);
-  }
+  convert_rgb24_frame_in_runs(Rgb24Runs{}, src, width, height, dst);
 }
 
 }  // namespace
 
 // Rotations and reversals are shuffles and moves: the 512-bit versions measured slower than the
-// AVX2 ones (lane inserts, double-pumped shuffles), so this level keeps those.
+// 256-bit ones (lane inserts, double-pumped shuffles), so this level builds the AVX2 tiles with
+// its 32 registers and keeps the AVX2 reversal.
 const PixelKernels& avx512_kernels() {
   static const PixelKernels kernels = {SimdLevel::Avx512, rgb24_to_nv12,
-                                       avx2_kernels().rotate_clockwise,
-                                       avx2_kernels().rotate_counterclockwise,
+                                       rotate_clockwise_in_tiles<avx2_tiles::kTiles>,
+                                       rotate_counterclockwise_in_tiles<avx2_tiles::kTiles>,
                                        avx2_kernels().reverse_units};
   return kernels;
 }

@@ -1,14 +1,17 @@
 // SSE2 kernels: the x86-64 baseline. Built with -ffp-contract=off like every kernel file.
 //
-// Only declarations may be included besides <emmintrin.h>: an inline function instantiated
-// here could be shared with other translation units built for another instruction set.
+// Besides <emmintrin.h>, only declarations may be included, and templates that this file
+// instantiates with its own types or keeps in an unnamed namespace: any other inline function
+// compiled here could be shared with other translation units built for another instruction set.
 #include <emmintrin.h>
 
 #include <cstdint>
 #include <cstring>
 
 #include "frames/rgb24_to_nv12.h"
+#include "frames/simd/rgb24_row_pair_walker.h"
 #include "frames/simd/tiled_rotation.h"
+#include "frames/simd/x86/tile_transposes.h"
 #include "frames/simd/x86/x86_kernels.h"
 
 namespace vexcap::frames::x86 {
@@ -56,21 +59,21 @@ int whole_quotients(__m128 numerator) {
   return _mm_movemask_ps(_mm_cmpeq_ps(_mm_mul_ps(nearest, _mm_set1_ps(4000.0f)), numerator));
 }
 
-void rgb24_row_pair(const std::uint8_t* row0, const std::uint8_t* row1, std::uint32_t width,
-                    std::uint8_t* y0, std::uint8_t* y1, std::uint8_t* uv) {
-  std::uint32_t x = 0;
-  for (; x + 4 <= width; x += 4) {
-    const Channels a = load4(row0 + std::size_t{x} * 3);
-    const Channels b = load4(row1 + std::size_t{x} * 3);
+// Four columns of a row pair.
+struct Rgb24Runs {
+  static constexpr std::uint32_t kColumns = 4;
+
+  void convert(const Rgb24RowPair& at) const {
+    const Channels a = load4(at.top);
+    const Channels b = load4(at.bottom);
     const __m128 sr = _mm_cvtepi32_ps(block_sums(a.r, b.r));
     const __m128 sg = _mm_cvtepi32_ps(block_sums(a.g, b.g));
     const __m128 sb = _mm_cvtepi32_ps(block_sums(a.b, b.b));
     const __m128 nu = weigh(sr, sg, sb, -148.0f, -291.0f, 439.0f);
     const __m128 nv = weigh(sr, sg, sb, 439.0f, -368.0f, -71.0f);
     if ((whole_quotients(nu) | whole_quotients(nv)) & 0x5) {
-      convert_rgb24_row_pair(row0 + std::size_t{x} * 3, row1 + std::size_t{x} * 3, 4, y0 + x,
-                             y1 + x, uv + x);
-      continue;
+      convert_rgb24_row_pair(at.top, at.bottom, kColumns, at.y_top, at.y_bottom, at.uv);
+      return;
     }
     const __m128i qu = _mm_cvttps_epi32(_mm_mul_ps(nu, _mm_set1_ps(1.0f / 4000)));
     const __m128i qv = _mm_cvttps_epi32(_mm_mul_ps(nv, _mm_set1_ps(1.0f / 4000)));
@@ -78,106 +81,40 @@ void rgb24_row_pair(const std::uint8_t* row0, const std::uint8_t* row1, std::uin
     const std::uint16_t chroma[2] = {static_cast<std::uint16_t>(_mm_extract_epi16(pairs, 0)),
                                      static_cast<std::uint16_t>(_mm_extract_epi16(pairs, 4))};
     const std::uint32_t luma_top = luma4(a), luma_bottom = luma4(b);
-    std::memcpy(y0 + x, &luma_top, 4);
-    std::memcpy(y1 + x, &luma_bottom, 4);
-    std::memcpy(uv + x, chroma, 4);
+    std::memcpy(at.y_top, &luma_top, 4);
+    std::memcpy(at.y_bottom, &luma_bottom, 4);
+    std::memcpy(at.uv, chroma, 4);
   }
-  if (x < width) {
-    convert_rgb24_row_pair(row0 + std::size_t{x} * 3, row1 + std::size_t{x} * 3, width - x,
-                           y0 + x, y1 + x, uv + x);
-  }
-}
+};
 
 void rgb24_to_nv12(const std::uint8_t* src, std::uint32_t width, std::uint32_t height,
                    std::uint8_t* dst) {
-  const std::size_t src_row = std::size_t{width} * 3;
-  std::uint8_t* chroma = dst + std::size_t{width} * height;
-  for (std::size_t pair = 0; pair < height / 2; ++pair) {
-    const std::size_t top = pair * 2;
-    rgb24_row_pair(src + top * src_row, src + (top + 1) * src_row, width, dst + top * width,
-                   dst + (top + 1) * width, chroma + pair * width);
-  }
+  convert_rgb24_frame_in_runs(Rgb24Runs{}, src, width, height, dst);
 }
 
-// ---- Transposes ----------------------------------------------------------------------------
-// Interleaving row i with row i + n/2, log2(n) times over, transposes n rows of n units.
-
-void transpose_16x16_u8(__m128i r[16]) {
-  #pragma GCC unroll 16
-  for (int round = 0; round < 4; ++round) {
-    __m128i t[16];
-    #pragma GCC unroll 16
-    for (int i = 0; i < 8; ++i) {
-      t[2 * i] = _mm_unpacklo_epi8(r[i], r[i + 8]);
-      t[2 * i + 1] = _mm_unpackhi_epi8(r[i], r[i + 8]);
-    }
-    #pragma GCC unroll 16
-    for (int i = 0; i < 16; ++i) r[i] = t[i];
-  }
-}
-
-void transpose_8x8_u16(__m128i r[8]) {
-  #pragma GCC unroll 16
-  for (int round = 0; round < 3; ++round) {
-    __m128i t[8];
-    #pragma GCC unroll 16
-    for (int i = 0; i < 4; ++i) {
-      t[2 * i] = _mm_unpacklo_epi16(r[i], r[i + 4]);
-      t[2 * i + 1] = _mm_unpackhi_epi16(r[i], r[i + 4]);
-    }
-    #pragma GCC unroll 16
-    for (int i = 0; i < 8; ++i) r[i] = t[i];
-  }
-}
+// ---- Quarter turns: square tiles of 16 bytes or 8 two-byte units -------------------------------
 
 __m128i load(const std::uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p)); }
 void store(std::uint8_t* p, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), v); }
 
-template <int N, bool clockwise>
-void turn_tile(const std::uint8_t* src, std::size_t src_pitch, std::uint8_t* dst,
-               std::size_t dst_pitch) {
-  __m128i r[N];
-  #pragma GCC unroll 16
-  for (int i = 0; i < N; ++i) r[i] = load(src + (clockwise ? N - 1 - i : i) * src_pitch);
-  if constexpr (N == 16) transpose_16x16_u8(r); else transpose_8x8_u16(r);
-  #pragma GCC unroll 16
-  for (int j = 0; j < N; ++j) store(dst + (clockwise ? j : N - 1 - j) * dst_pitch, r[j]);
+template <int N, bool kClockwise>
+void turn_square_tile(const std::uint8_t* src, std::size_t src_pitch, std::uint8_t* dst,
+                      std::size_t dst_pitch) {
+  turn_tile<N, __m128i>(
+      [&](int i) { return load(src + (kClockwise ? N - 1 - i : i) * src_pitch); },
+      [](__m128i a, __m128i b, __m128i& low, __m128i& high) {
+        if constexpr (N == 16) {
+          low = _mm_unpacklo_epi8(a, b), high = _mm_unpackhi_epi8(a, b);
+        } else {
+          low = _mm_unpacklo_epi16(a, b), high = _mm_unpackhi_epi16(a, b);
+        }
+      },
+      [&](int j, __m128i v) { store(dst + (kClockwise ? j : N - 1 - j) * dst_pitch, v); });
 }
 
-void tile_u8_cw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
-  turn_tile<16, true>(s, sp, d, dp);
-}
-void tile_u8_ccw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
-  turn_tile<16, false>(s, sp, d, dp);
-}
-void tile_u16_cw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
-  turn_tile<8, true>(s, sp, d, dp);
-}
-void tile_u16_ccw(const std::uint8_t* s, std::size_t sp, std::uint8_t* d, std::size_t dp) {
-  turn_tile<8, false>(s, sp, d, dp);
-}
-
-void rotate_clockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
-                      std::uint8_t* dst, std::size_t dst_pitch) {
-  if (grid.unit == 1) {
-    rotate_clockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {16, 16}, tile_u8_cw);
-  } else if (grid.unit == 2) {
-    rotate_clockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {8, 8}, tile_u16_cw);
-  } else {
-    rotate_units_clockwise(src, src_pitch, grid, dst, dst_pitch);
-  }
-}
-
-void rotate_counterclockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
-                             std::uint8_t* dst, std::size_t dst_pitch) {
-  if (grid.unit == 1) {
-    rotate_counterclockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {16, 16}, tile_u8_ccw);
-  } else if (grid.unit == 2) {
-    rotate_counterclockwise_in_tiles(src, src_pitch, grid, dst, dst_pitch, {8, 8}, tile_u16_ccw);
-  } else {
-    rotate_units_counterclockwise(src, src_pitch, grid, dst, dst_pitch);
-  }
-}
+constexpr QuarterTurnTiles kTiles = {
+    {{16, 16}, turn_square_tile<16, true>, turn_square_tile<16, false>},
+    {{8, 8}, turn_square_tile<8, true>, turn_square_tile<8, false>}};
 
 // ---- Row reversal ----------------------------------------------------------------------------
 
@@ -204,8 +141,9 @@ void reverse_units(const std::uint8_t* src, std::uint8_t* dst, std::size_t units
   reverse_units_copy(src, dst + done, (bytes - done) / unit, unit);
 }
 
-const PixelKernels kKernels = {SimdLevel::Sse2, rgb24_to_nv12, rotate_clockwise,
-                               rotate_counterclockwise, reverse_units};
+const PixelKernels kKernels = {SimdLevel::Sse2, rgb24_to_nv12,
+                               rotate_clockwise_in_tiles<kTiles>,
+                               rotate_counterclockwise_in_tiles<kTiles>, reverse_units};
 
 }  // namespace
 
