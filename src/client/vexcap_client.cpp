@@ -280,6 +280,9 @@ hresult VexCap::start_streaming(vexcap_frame_callback callback, void* context) {
   try {
     // The handler holds only a weak reference: a pending frame never keeps a client alive.
     std::weak_ptr<VexCap> weak = weak_from_this();
+    // A start while streaming replaces the subscription: a second handler would only find the
+    // frame taken, and would keep frames coming after a callback answered false.
+    if (frame_arrived_token_ != 0) frame_reader_->remove_frame_arrived(frame_arrived_token_);
     frame_arrived_token_ = frame_reader_->add_frame_arrived([weak](platform::FrameReader& reader) {
       const std::shared_ptr<VexCap> client = weak.lock();
       if (!client) return HR_DISCONNECTED;

@@ -52,6 +52,29 @@ TEST_F(ExportDelivery, StreamedRecordIsTheHostsUntilReturned) {
   EXPECT_EQ(vexcap_return_frame(nullptr), VEXCAP_E_INVALID_ARG);
 }
 
+bool refuse_more(vexcap_frame* frame, void* context) {
+  ++static_cast<Kept*>(context)->calls;
+  vexcap_return_frame(frame);
+  return false;
+}
+
+// A start while streaming must not leave a second frame handler behind, which would go on
+// delivering after the callback answered false.
+TEST_F(ExportDelivery, AFalseAnswerEndsTheStreamAlsoAfterASecondStart) {
+  vexcap_device* device = open_default_camera(VEXCAP_STREAM_MODE_SHARED);
+  ASSERT_NE(device, nullptr);
+  Kept kept;
+  ASSERT_EQ(vexcap_start_streaming(device, refuse_more, &kept), 0);
+  ASSERT_EQ(vexcap_start_streaming(device, refuse_more, &kept), 0);
+  for (int i = 0; i < 4; ++i) vc::advance_time(34ms);
+  EXPECT_EQ(kept.calls.load(), 1);
+  // Started again, the stream delivers again.
+  ASSERT_EQ(vexcap_start_streaming(device, refuse_more, &kept), 0);
+  for (int i = 0; i < 4; ++i) vc::advance_time(34ms);
+  EXPECT_EQ(kept.calls.load(), 2);
+  EXPECT_EQ(vexcap_device_close(device), 0);
+}
+
 struct Exposures {
   std::mutex mutex;
   std::vector<std::uint64_t> values;
