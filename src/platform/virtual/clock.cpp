@@ -47,7 +47,9 @@ bool Clock::Pacer::wait_until(std::int64_t due) {
   Clock& c = *clock_;
   std::unique_lock lock(c.mutex_);
   waiting_for_ = due;
-  c.changed_.notify_all();  // an advance() may be waiting for this producer to settle
+  // An advance() may be waiting for this producer to settle; in real time nobody waits, and
+  // waking every other producer at every frame would only cost them a spurious wake-up.
+  if (c.mode_ == ClockMode::Manual) c.changed_.notify_all();
   while (!stopped_ && c.now_locked() < due) {
     if (c.mode_ == ClockMode::Manual) {
       c.changed_.wait(lock);

@@ -35,26 +35,42 @@ Rgb pattern_rgb(std::int32_t x, std::int32_t y, std::uint64_t n) {
   return {int((x + n) & 0xFF), int((y + 2 * n) & 0xFF), int((x + y + 3 * n) & 0xFF)};
 }
 
-std::uint8_t luma(const Rgb& c) { return std::uint8_t(((66 * c.r + 129 * c.g + 25 * c.b + 128) >> 8) + 16); }
+std::uint8_t luma(int r, int g, int b) { return std::uint8_t(((66 * r + 129 * g + 25 * b + 128) >> 8) + 16); }
 
-// NV12 from any RGB source: `pixel(x, y)` gives the colour of a pixel.
-template <typename PixelAt>
-PixelImage nv12_from_rgb(std::int32_t width, std::int32_t height, PixelAt pixel) {
+// Where the channels sit in a packed RGB layout (RGB24, BGRA8, RGBA8).
+struct PackedRgb {
+  const std::uint8_t* data;
+  std::size_t stride;
+  int bytes_per_pixel, r, g, b;  // offsets of the channels within a pixel
+};
+
+// NV12 from packed RGB. The frames of every real-time stream pass through here, in unoptimized
+// sanitizer builds too: plain loops over row pointers, no call per pixel.
+PixelImage nv12_from_rgb(std::int32_t width, std::int32_t height, const PackedRgb& in) {
   PixelImage out = blank_image(PixelFormat::Nv12, width, height);
+  const int step = in.bytes_per_pixel;
+  for (std::int32_t y = 0; y < height; ++y) {
+    const std::uint8_t* p = in.data + std::size_t(y) * in.stride;
+    std::uint8_t* row = out.bytes.data() + std::size_t(y) * out.stride;
+    for (std::int32_t x = 0; x < width; ++x, p += step) row[x] = luma(p[in.r], p[in.g], p[in.b]);
+  }
   std::uint8_t* chroma = out.bytes.data() + std::size_t(out.stride) * height;
-  for (std::int32_t y = 0; y < height; ++y)
-    for (std::int32_t x = 0; x < width; ++x) out.bytes[std::size_t(y) * out.stride + x] = luma(pixel(x, y));
   for (std::int32_t j = 0; j < half_up(height); ++j) {
+    const std::uint8_t* row0 = in.data + std::size_t(2 * j) * in.stride;
+    const std::uint8_t* row1 = 2 * j + 1 < height ? row0 + in.stride : nullptr;
+    std::uint8_t* uv = chroma + std::size_t(j) * out.stride;
     for (std::int32_t i = 0; i < half_up(width); ++i) {
+      const bool pair = 2 * i + 1 < width;
       int r = 0, g = 0, b = 0, count = 0;
-      for (std::int32_t y = 2 * j; y < std::min(2 * j + 2, height); ++y)
-        for (std::int32_t x = 2 * i; x < std::min(2 * i + 2, width); ++x) {
-          Rgb c = pixel(x, y);
-          r += c.r, g += c.g, b += c.b, ++count;
-        }
+      for (const std::uint8_t* line : {row0, row1}) {
+        if (line == nullptr) continue;
+        const std::uint8_t* p = line + std::size_t(2 * i) * step;
+        r += p[in.r], g += p[in.g], b += p[in.b], ++count;
+        if (pair) r += p[step + in.r], g += p[step + in.g], b += p[step + in.b], ++count;
+      }
       r = (r + count / 2) / count, g = (g + count / 2) / count, b = (b + count / 2) / count;
-      chroma[std::size_t(j) * out.stride + 2 * i] = std::uint8_t(((-38 * r - 74 * g + 112 * b + 128) >> 8) + 128);
-      chroma[std::size_t(j) * out.stride + 2 * i + 1] = std::uint8_t(((112 * r - 94 * g - 18 * b + 128) >> 8) + 128);
+      uv[2 * i] = std::uint8_t(((-38 * r - 74 * g + 112 * b + 128) >> 8) + 128);
+      uv[2 * i + 1] = std::uint8_t(((112 * r - 94 * g - 18 * b + 128) >> 8) + 128);
     }
   }
   return out;
@@ -121,51 +137,56 @@ PixelImage blank_image(PixelFormat format, std::int32_t width, std::int32_t heig
 PixelImage pattern_image(PixelFormat format, std::int32_t width, std::int32_t height, std::uint64_t n,
                          std::uint32_t padding) {
   PixelImage image = blank_image(format, width, height, padding);
-  auto L = [n](std::int32_t x, std::int32_t y) { return std::uint8_t((x + 2 * y + 3 * n) & 0xFF); };
   for (std::int32_t y = 0; y < height; ++y) {
     std::uint8_t* row = image.bytes.data() + std::size_t(y) * image.stride;
-    for (std::int32_t x = 0; x < width; ++x) {
-      switch (format) {
-        case PixelFormat::Gray8: case PixelFormat::Nv12: row[x] = L(x, y); break;
-        case PixelFormat::Gray16: row[2 * x] = row[2 * x + 1] = L(x, y); break;
-        case PixelFormat::Yuy2: {
+    // L = x + 2y + 3n (mod 256), counted along the row; channels likewise.
+    std::uint8_t l = std::uint8_t(2 * y + 3 * n);
+    switch (format) {
+      case PixelFormat::Gray8: case PixelFormat::Nv12:
+        for (std::int32_t x = 0; x < width; ++x) row[x] = l++;
+        break;
+      case PixelFormat::Gray16:
+        for (std::int32_t x = 0; x < width; ++x, ++l) row[2 * x] = row[2 * x + 1] = l;
+        break;
+      case PixelFormat::Yuy2:
+        for (std::int32_t x = 0; x < width; ++x, ++l) {
           std::int32_t i = x / 2;
-          row[2 * x] = L(x, y);
+          row[2 * x] = l;
           row[2 * x + 1] = std::uint8_t(((x & 1) ? 192 + i + 2 * y + n : 64 + i + y + n) & 0xFF);
-          break;
         }
-        case PixelFormat::Bgra8: case PixelFormat::Rgba8: {
+        break;
+      case PixelFormat::Bgra8: case PixelFormat::Rgba8: {
+        const bool bgra = format == PixelFormat::Bgra8;
+        for (std::int32_t x = 0; x < width; ++x) {
           Rgb c = pattern_rgb(x, y, n);
-          bool bgra = format == PixelFormat::Bgra8;
           row[4 * x] = std::uint8_t(bgra ? c.b : c.r);
           row[4 * x + 1] = std::uint8_t(c.g);
           row[4 * x + 2] = std::uint8_t(bgra ? c.r : c.b);
           row[4 * x + 3] = 255;
-          break;
         }
-        default: break;
+        break;
       }
+      default: break;
     }
   }
   if (format == PixelFormat::Nv12) {
     std::uint8_t* chroma = image.bytes.data() + std::size_t(image.stride) * height;
-    for (std::int32_t j = 0; j < half_up(height); ++j)
-      for (std::int32_t i = 0; i < half_up(width); ++i) {
-        chroma[std::size_t(j) * image.stride + 2 * i] = std::uint8_t((64 + i + j + n) & 0xFF);
-        chroma[std::size_t(j) * image.stride + 2 * i + 1] = std::uint8_t((192 + i + 2 * j + n) & 0xFF);
-      }
+    for (std::int32_t j = 0; j < half_up(height); ++j) {
+      std::uint8_t* uv = chroma + std::size_t(j) * image.stride;
+      std::uint8_t u = std::uint8_t(64 + j + n), v = std::uint8_t(192 + 2 * j + n);
+      for (std::int32_t i = 0; i < half_up(width); ++i) uv[2 * i] = u++, uv[2 * i + 1] = v++;
+    }
   }
   return image;
 }
 
 std::vector<std::uint8_t> pattern_rgb24(std::int32_t width, std::int32_t height, std::uint64_t n) {
   std::vector<std::uint8_t> bytes(std::size_t(width) * height * 3);
-  for (std::int32_t y = 0; y < height; ++y)
-    for (std::int32_t x = 0; x < width; ++x) {
-      Rgb c = pattern_rgb(x, y, n);
-      std::uint8_t* p = bytes.data() + (std::size_t(y) * width + x) * 3;
-      p[0] = std::uint8_t(c.r), p[1] = std::uint8_t(c.g), p[2] = std::uint8_t(c.b);
-    }
+  for (std::int32_t y = 0; y < height; ++y) {
+    std::uint8_t* p = bytes.data() + std::size_t(y) * width * 3;
+    std::uint8_t r = std::uint8_t(n), g = std::uint8_t(y + 2 * n), b = std::uint8_t(y + 3 * n);
+    for (std::int32_t x = 0; x < width; ++x, p += 3) p[0] = r++, p[1] = g, p[2] = b++;
+  }
   return bytes;
 }
 
@@ -185,11 +206,9 @@ std::optional<PixelImage> convert_image(const PixelImage& src, PixelFormat targe
     case PixelFormat::Nv12:
       if (src.format == PixelFormat::Yuy2) return nv12_from_yuy2(src);
       if (src.format == PixelFormat::Bgra8 || src.format == PixelFormat::Rgba8) {
-        bool bgra = src.format == PixelFormat::Bgra8;
-        return nv12_from_rgb(src.width, src.height, [&](std::int32_t x, std::int32_t y) {
-          const std::uint8_t* p = at(x, y) + 4 * x;
-          return bgra ? Rgb{p[2], p[1], p[0]} : Rgb{p[0], p[1], p[2]};
-        });
+        const bool bgra = src.format == PixelFormat::Bgra8;
+        return nv12_from_rgb(src.width, src.height,
+                             PackedRgb{src.bytes.data(), std::size_t(src.stride), 4, bgra ? 2 : 0, 1, bgra ? 0 : 2});
       }
       if (src.format == PixelFormat::Gray8) {
         PixelImage out = blank_image(PixelFormat::Nv12, src.width, src.height);
@@ -222,10 +241,7 @@ std::optional<PixelImage> convert_image(const PixelImage& src, PixelFormat targe
 }
 
 PixelImage rgb24_to_nv12(const std::uint8_t* data, std::int32_t width, std::int32_t height) {
-  return nv12_from_rgb(width, height, [&](std::int32_t x, std::int32_t y) {
-    const std::uint8_t* p = data + (std::size_t(y) * width + x) * 3;
-    return Rgb{p[0], p[1], p[2]};
-  });
+  return nv12_from_rgb(width, height, PackedRgb{data, std::size_t(width) * 3, 3, 0, 1, 2});
 }
 
 }  // namespace vexcap::virtual_camera
