@@ -1,6 +1,7 @@
 #include "platform/virtual/pixel_image.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace vexcap::virtual_camera {
@@ -8,6 +9,13 @@ namespace vexcap::virtual_camera {
 using platform::PixelFormat;
 
 namespace {
+
+// 0..255 twice: any run of up to 256 consecutive values (mod 256) is one copy from here.
+constexpr std::array<std::uint8_t, 512> kRamp = [] {
+  std::array<std::uint8_t, 512> ramp{};
+  for (std::size_t i = 0; i < ramp.size(); ++i) ramp[i] = std::uint8_t(i);
+  return ramp;
+}();
 
 std::int32_t even_up(std::int32_t v) { return v + (v & 1); }
 std::int32_t half_up(std::int32_t v) { return (v + 1) / 2; }
@@ -143,7 +151,8 @@ PixelImage pattern_image(PixelFormat format, std::int32_t width, std::int32_t he
     std::uint8_t l = std::uint8_t(2 * y + 3 * n);
     switch (format) {
       case PixelFormat::Gray8: case PixelFormat::Nv12:
-        for (std::int32_t x = 0; x < width; ++x) row[x] = l++;
+        for (std::int32_t x = 0; x < width; x += 256)
+          std::memcpy(row + x, kRamp.data() + std::uint8_t(l + x), std::size_t(std::min(width - x, 256)));
         break;
       case PixelFormat::Gray16:
         for (std::int32_t x = 0; x < width; ++x, ++l) row[2 * x] = row[2 * x + 1] = l;
@@ -180,12 +189,36 @@ PixelImage pattern_image(PixelFormat format, std::int32_t width, std::int32_t he
   return image;
 }
 
+namespace {
+
+// Along a pattern row R counts up from n, G = y + 2n stays and B = R + G (mod 256): a row is
+// a run of the table of G, from R. Two periods per G, so any run of up to 256 pixels is one
+// copy; the camera builds its 1 kHz frames by copies, not per pixel.
+const std::uint8_t* rgb_runs(std::uint8_t g) {
+  static std::array<std::uint8_t, 256 * 512 * 3> table;  // static storage: no heap to account for
+  static const bool filled = [] {
+    for (int green = 0; green < 256; ++green)
+      for (int i = 0; i < 512; ++i) {
+        std::uint8_t* p = table.data() + (std::size_t(green) * 512 + i) * 3;
+        p[0] = std::uint8_t(i), p[1] = std::uint8_t(green), p[2] = std::uint8_t(i + green);
+      }
+    return true;
+  }();
+  (void)filled;
+  return table.data() + std::size_t(g) * 512 * 3;
+}
+
+}  // namespace
+
 std::vector<std::uint8_t> pattern_rgb24(std::int32_t width, std::int32_t height, std::uint64_t n) {
   std::vector<std::uint8_t> bytes(std::size_t(width) * height * 3);
   for (std::int32_t y = 0; y < height; ++y) {
     std::uint8_t* p = bytes.data() + std::size_t(y) * width * 3;
-    std::uint8_t r = std::uint8_t(n), g = std::uint8_t(y + 2 * n), b = std::uint8_t(y + 3 * n);
-    for (std::int32_t x = 0; x < width; ++x, p += 3) p[0] = r++, p[1] = g, p[2] = b++;
+    const std::uint8_t* runs = rgb_runs(std::uint8_t(y + 2 * n));
+    for (std::int32_t x = 0; x < width; x += 256) {
+      const std::int32_t count = std::min(width - x, 256);
+      std::memcpy(p + std::size_t(x) * 3, runs + std::size_t((x + n) & 0xFF) * 3, std::size_t(count) * 3);
+    }
   }
   return bytes;
 }
