@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <shared_mutex>
 #include <utility>
 
@@ -24,6 +25,14 @@ std::mt19937_64& callback_rng() {
   return rng;
 }
 
+// ---- Device slots ------------------------------------------------------------------------
+
+// Called with the slot locked exclusively, once its device was closed.
+void forget_device(DeviceSlot& slot) {
+  slot.open_us.fetch_add(now_us() - slot.opened_us);
+  slot.device = nullptr;
+}
+
 // ---- Frame callbacks ---------------------------------------------------------------------
 
 void give_back(StressState& state, vexcap_frame* frame) {
@@ -31,7 +40,7 @@ void give_back(StressState& state, vexcap_frame* frame) {
   timed_call(state, "vexcap_return_frame", {0}, [&] { return vexcap_return_frame(frame); });
 }
 
-// The context names the slot whose device streams.
+// The context names the stream, and so the slot whose device streams.
 bool on_frame(vexcap_frame* frame, void* context) {
   StressState& state = *g_state;
   state.frames.delivered(frame);
@@ -39,7 +48,9 @@ bool on_frame(vexcap_frame* frame, void* context) {
     std::fprintf(stderr, "frame without pixels\n");
     state.failed = true;
   }
-  DeviceSlot& slot = *static_cast<DeviceSlot*>(context);
+  StreamTag& stream = *static_cast<StreamTag*>(context);
+  stream.frames.fetch_add(1, std::memory_order_relaxed);
+  DeviceSlot& slot = *stream.slot;
   std::mt19937_64& rng = callback_rng();
   const std::uint32_t roll = pick(rng, 10000);
   if (roll < 1000) {  // kept and given back later by another thread
@@ -65,7 +76,7 @@ bool on_frame(vexcap_frame* frame, void* context) {
       state.counters.closes_in_callback.fetch_add(1);
       timed_call(state, "vexcap_device_close", kMappedCodes,
                  [&] { return vexcap_device_close(slot.device); });
-      slot.device = nullptr;
+      forget_device(slot);
     }
   }
   return true;
@@ -73,8 +84,10 @@ bool on_frame(vexcap_frame* frame, void* context) {
 
 // ---- Event callbacks ---------------------------------------------------------------------
 
+// A camera that comes back is opened afresh: the devices open on it lost their sessions.
 int on_device_added(const wchar_t*, const wchar_t*, void*, vexcap_device_subscription*) {
   g_state->counters.device_events.fetch_add(1);
+  for (DeviceSlot& slot : g_state->slots) slot.needs_reopen = true;
   return 0;
 }
 int on_device_removed(const wchar_t*, void*, vexcap_device_subscription*) {
@@ -102,22 +115,38 @@ struct HostContext {
 };
 
 // A call on a device: the slot's handle (valid), a handle whose slot holds no device (the host's
-// stale copy, answered with an error), or null.
+// stale copy, answered with an error), or null. Gives the slot and result of a valid handle.
 template <typename Call>
-void on_device(HostContext& host, const char* name, Call call) {
+std::optional<std::pair<DeviceSlot*, int>> on_device(HostContext& host, const char* name, Call call) {
   StressState& state = host.state;
   const std::uint32_t roll = pick(host.rng, 100);
   if (roll < 5) {
     timed_call(state, name, {VEXCAP_E_INVALID_ARG}, [&] { return call(nullptr); });
-    return;
+    return std::nullopt;
   }
   DeviceSlot& slot = state.slots[pick(host.rng, 2)];
   std::shared_lock<std::shared_mutex> lock(slot.lock);
-  if (slot.device != nullptr) {
-    timed_call(state, name, kMappedCodes, [&] { return call(slot.device); });
-  } else {
-    vexcap_device nowhere{slot.mode, 0, 0};  // no device behind it: an error, never a crash
-    timed_call(state, name, kMappedCodes, [&] { return call(&nowhere); });
+  if (slot.device != nullptr)
+    return std::make_pair(&slot, timed_call(state, name, kMappedCodes, [&] { return call(slot.device); }));
+  vexcap_device nowhere{slot.mode, 0, 0};  // no device behind it: an error, never a crash
+  timed_call(state, name, kMappedCodes, [&] { return call(&nowhere); });
+  return std::nullopt;
+}
+
+// A start that answers "not in a valid state" on an open device: that client's recovery
+// failed (the camera was held elsewhere or gone), and only a new open brings it back.
+void note_start(const std::optional<std::pair<DeviceSlot*, int>>& answer) {
+  if (answer && answer->second == VEXCAP_E_INVALID_STATE) answer->first->needs_reopen = true;
+}
+
+void open_device(StressState& state, DeviceSlot& slot) {
+  const vexcap_open_params params{slot.mode, 160, 120};
+  vexcap_device* device = nullptr;
+  if (timed_call(state, "vexcap_device_open", kMappedCodes, [&] {
+        return vexcap_device_open(&device, state.group_id.c_str(), &params);
+      }) == 0) {
+    slot.device = device;
+    slot.opened_us = now_us();
   }
 }
 
@@ -126,16 +155,29 @@ void open_or_close(HostContext& host) {
   DeviceSlot& slot = state.slots[pick(host.rng, 2)];
   std::unique_lock<std::shared_mutex> lock(slot.lock);
   if (slot.device == nullptr) {
-    const vexcap_open_params params{slot.mode, 160, 120};
-    vexcap_device* device = nullptr;
-    if (timed_call(state, "vexcap_device_open", kMappedCodes, [&] {
-          return vexcap_device_open(&device, state.group_id.c_str(), &params);
-        }) == 0)
-      slot.device = device;
+    open_device(state, slot);
   } else {
     timed_call(state, "vexcap_device_close", kMappedCodes, [&] { return vexcap_device_close(slot.device); });
-    slot.device = nullptr;
+    forget_device(slot);
   }
+}
+
+// A host opens a closed device again soon, as a capture application does, and opens afresh
+// a device whose client can no longer stream.
+void reopen_if_closed(HostContext& host) {
+  StressState& state = host.state;
+  DeviceSlot& slot = state.slots[pick(host.rng, 2)];
+  {
+    std::shared_lock<std::shared_mutex> look(slot.lock);
+    if (slot.device != nullptr && !slot.needs_reopen.load()) return;
+  }
+  std::unique_lock<std::shared_mutex> lock(slot.lock);
+  if (slot.device != nullptr && slot.needs_reopen.exchange(false)) {
+    state.counters.reopens.fetch_add(1);
+    timed_call(state, "vexcap_device_close", kMappedCodes, [&] { return vexcap_device_close(slot.device); });
+    forget_device(slot);
+  }
+  if (slot.device == nullptr) open_device(state, slot);
 }
 
 void discovery(HostContext& host) {
@@ -199,20 +241,22 @@ void streaming(HostContext& host) {
   const std::uint32_t roll = pick(host.rng, 100);
   const std::uint32_t which = roll < 48 ? 0 : roll < 96 ? 1 : roll < 98 ? 2 : 3;
   const std::uint32_t selector = pick(host.rng, 3);
-  // The context is the slot the device sits in, whichever slot the call picks.
-  auto context_of = [&](vexcap_device* device) -> void* {
+  // The context is the stream: the slot the device sits in and the client that streams.
+  auto context_of = [&](vexcap_device* device, bool exclusive) -> void* {
     if (device == nullptr) return nullptr;
-    return &host.state.slots[device->stream_mode != 0 ? 1 : 0];
+    return &host.state.streams[2 * (device->stream_mode != 0 ? 1 : 0) + (exclusive ? 1 : 0)];
   };
   switch (which) {
     case 0:
-      on_device(host, "vexcap_start_streaming",
-                [&](vexcap_device* d) { return vexcap_start_streaming(d, on_frame, context_of(d)); });
+      note_start(on_device(host, "vexcap_start_streaming", [&](vexcap_device* d) {
+        return vexcap_start_streaming(d, on_frame, context_of(d, false));
+      }));
       break;
     case 1:
-      on_device(host, "vexcap_start_streaming_ex", [&](vexcap_device* d) {
-        return vexcap_start_streaming_ex(d, on_frame, context_of(d), selector);
-      });
+      note_start(on_device(host, "vexcap_start_streaming_ex", [&](vexcap_device* d) {
+        return vexcap_start_streaming_ex(d, on_frame, context_of(d, selector == VEXCAP_STREAM_SELECT_EXCLUSIVE),
+                                         selector);
+      }));
       break;
     case 2:
       on_device(host, "vexcap_stop_streaming", [&](vexcap_device* d) { return vexcap_stop_streaming(d); });
@@ -336,8 +380,10 @@ void run_host_thread(StressState& state, std::uint64_t seed, std::mutex& subscri
   while (!state.stopping.load()) {
     // Opening and closing are rare enough that streams run most of the time.
     const std::uint32_t roll = pick(rng, 10000);
-    if (roll < 5) {
+    if (roll < 2) {
       open_or_close(host);
+    } else if (roll < 30) {
+      reopen_if_closed(host);
     } else if (roll < 50) {
       timed_call(state, "vexcap_init", {0}, [] { return vexcap_init(); });  // a no-op while running
     } else if (roll < 100) {

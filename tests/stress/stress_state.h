@@ -26,8 +26,27 @@ using Clock = std::chrono::steady_clock;
 struct DeviceSlot {
   std::shared_mutex lock;
   vexcap_device* device = nullptr;  // guarded by lock
+  std::int64_t opened_us = 0;       // guarded by lock: when device was opened
   std::uint32_t mode = 0;
-  std::atomic<bool> streaming{false};
+  std::atomic<std::int64_t> open_us{0};  // time a device sat in the slot, closed periods summed
+  // The host opens the device afresh: a start found a client that cannot stream (its recovery
+  // failed), or the camera came back after a removal.
+  std::atomic<bool> needs_reopen{false};
+};
+
+// One of the four streams (each slot's shared and exclusive client); the frame callback's
+// context, so frames are counted where they came from.
+struct StreamTag {
+  DeviceSlot* slot = nullptr;
+  const char* name = "";
+  std::atomic<std::uint64_t> frames{0};
+};
+
+// Faults of one kind: how many, and how long they lasted in all.
+struct FaultKind {
+  const char* name;
+  std::atomic<std::uint64_t> count{0};
+  std::atomic<std::int64_t> active_us{0};
 };
 
 // Every record the library hands over, until it is given back exactly once.
@@ -61,6 +80,7 @@ struct Counters {
   std::atomic<std::uint64_t> late_returns{0};
   std::atomic<std::uint64_t> stops_in_callback{0};
   std::atomic<std::uint64_t> closes_in_callback{0};
+  std::atomic<std::uint64_t> reopens{0};  // devices opened afresh (see DeviceSlot::needs_reopen)
   std::atomic<std::uint64_t> device_events{0};
   std::atomic<std::uint64_t> other_events{0};
 };
@@ -75,6 +95,11 @@ struct CallInFlight {
 struct StressState {
   std::wstring group_id;
   std::array<DeviceSlot, 2> slots;  // [0]: mode 0, [1]: non-zero modes
+  // [2 * slot + 0]: the slot's shared client, [2 * slot + 1]: its exclusive client.
+  std::array<StreamTag, 4> streams;
+  std::array<FaultKind, 7> fault_kinds{{{"capture failed"}, {"removal"}, {"exclusive control lost"},
+                                        {"frames stopped"}, {"undecodable frames"}, {"slow call"},
+                                        {"failing call"}}};
   FrameLedger frames;
   Counters counters;
   std::map<std::string, ExportStats> exports;  // filled before the threads start
