@@ -10,13 +10,15 @@ case "$library" in
     led='?vexcap_get_led_power@@YAHPEAUvexcap_device@@PEAI@Z'
     objdump=x86_64-w64-mingw32-objdump
     actual=$("$objdump" -p "$library" | sed -n '/\[Ordinal\/Name Pointer\] Table/,/^$/p' |
-             sed -n 's/^[[:space:]]*\[[[:space:]]*[0-9]*\][[:space:]]*//p' | sort)
+             sed -n 's/^[[:space:]]*\[[[:space:]]*[0-9]*\][[:space:]]*//p' | sort) ||
+      { echo "$objdump could not read $library"; exit 1; }
     ;;
   *)
     led='_Z20vexcap_get_led_powerP13vexcap_devicePj'
     # Functions the library defines and exports (template instantiations of the C++ runtime
     # that the linker must keep weak are not functions of ours and carry no vexcap name).
-    actual=$(nm -D --defined-only "$library" | awk '$2 == "T" { print $3 }' | sort)
+    actual=$(nm -D --defined-only "$library" | awk '$2 == "T" { print $3 }' | sort) ||
+      { echo "nm could not read $library"; exit 1; }
     ;;
 esac
 expected=$(sed "s/@LED_POWER@/$led/" "$expected_list" | sort)
