@@ -21,7 +21,11 @@ class LibraryTest : public ::testing::Test {
   // a test failure recorded) when that does not work.
   static vexcap_device* open_default_camera(std::uint32_t stream_mode, std::uint16_t format_arg1 = 640,
                                             std::uint16_t format_arg2 = 480) {
-    virtual_camera::Scenario scenario = virtual_camera::default_scenario();
+    return open_camera(virtual_camera::default_scenario(), stream_mode, format_arg1, format_arg2);
+  }
+  // The same on a scenario of the test's own; its first group is opened.
+  static vexcap_device* open_camera(virtual_camera::Scenario scenario, std::uint32_t stream_mode,
+                                    std::uint16_t format_arg1 = 640, std::uint16_t format_arg2 = 480) {
     scenario.clock = virtual_camera::ClockMode::Manual;
     virtual_camera::use_scenario(scenario);
     vexcap_device* device = nullptr;
