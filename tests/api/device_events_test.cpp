@@ -155,9 +155,14 @@ TEST_F(DeviceEvents, RgbStatusRegistrationWaitsForAQuietCameraThenReportsChanges
   vc::edit_ks(group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 0; });
   ASSERT_EQ(registration.get(), 0);
   EXPECT_TRUE(heard.now().empty());  // it starts from status 0
+  FlagHeard second;
+  ASSERT_EQ(vexcap_register_for_rgb_status_event(device_, on_rgb_status, &second), 0);  // ignored
 
   vc::edit_ks(group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 3; });
   EXPECT_EQ(heard.wait_for(1), std::vector<bool>{true});
+  std::this_thread::sleep_for(250ms);  // more polls at the same status
+  EXPECT_EQ(heard.now(), std::vector<bool>{true});
+  EXPECT_TRUE(second.now().empty());
   EXPECT_EQ(vexcap_unregister_for_rgb_status_event(device_), 0);
   vc::edit_ks(group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 0; });
   std::this_thread::sleep_for(250ms);
