@@ -58,6 +58,7 @@ struct ControlCase {
   std::function<void()> then;                 // what the camera holds afterwards
 };
 
+void PrintTo(const ControlCase& c, std::ostream* out) { *out << c.name; }
 void no_change(vc::Scenario&) {}
 void nothing() {}
 void refuse_control_sets() { vc::set_call_fault(vc::PlatformCall::SetControl, {HR_ACCESSDENIED, {}}); }

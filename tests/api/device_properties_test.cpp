@@ -114,6 +114,7 @@ struct PropertyCase {
   std::function<void()> then;                 // what the camera holds afterwards
 };
 
+void PrintTo(const PropertyCase& c, std::ostream* out) { *out << c.name; }
 void no_change(vc::Scenario&) {}
 void nothing() {}
 void fault(vc::PlatformCall call, hresult result = HR_FAIL) { vc::set_call_fault(call, {result, {}}); }

@@ -96,17 +96,6 @@ TEST(VirtualFrameReader, BufferedModeKeepsFramesInOrder) {
   EXPECT_EQ(s.reader->try_acquire_latest_frame(), nullptr);
 }
 
-TEST(VirtualFrameReader, AHandlerAnsweringDisconnectedIsDropped) {
-  Stream s(testing::manual_default(), kInfrared);
-  int dropped_calls = 0, kept_calls = 0;
-  s.reader->add_frame_arrived([&](FrameReader&) { return ++dropped_calls, HR_DISCONNECTED; });
-  s.reader->add_frame_arrived([&](FrameReader&) { return ++kept_calls, HR_OK; });
-  s.reader->start();
-  s.advance(kSecond / 10);
-  EXPECT_EQ(dropped_calls, 1);
-  EXPECT_EQ(kept_calls, 3);
-}
-
 TEST(VirtualFrameReader, StopEndsFramesAndStartResumesThem) {
   Stream s(testing::manual_default(), kInfrared);
   int calls = 0;
@@ -154,28 +143,6 @@ TEST(VirtualFrameReader, InfraredFramesAlternateIlluminationAndCarryThePattern) 
   EXPECT_EQ(locked->plane(0).stride, 640);
   for (int y : {0, 17, 479})
     for (int x : {0, 3, 639}) EXPECT_EQ(locked->data()[y * 640 + x], luma(x, y, 1)) << x << "," << y;
-}
-
-TEST(VirtualFrameReader, MetadataChainStopsAtTheChosenStep) {
-  struct Case {
-    IlluminationMetadata metadata;
-    bool service, sample, capture_metadata, illumination;
-  };
-  for (const Case& c : {Case{IlluminationMetadata::ServiceUnavailable, false, true, true, true},
-                        Case{IlluminationMetadata::SampleUnreachable, true, false, true, true},
-                        Case{IlluminationMetadata::MetadataMissing, true, true, false, true},
-                        Case{IlluminationMetadata::AttributeMissing, true, true, true, false}}) {
-    Scenario scenario = testing::manual_default();
-    scenario.groups[0].sources[kInfrared].illumination = c.metadata;
-    Stream s(scenario, kInfrared);
-    s.reader->start();
-    s.advance(kSecond / 30);
-    auto read = s.reader->try_acquire_latest_frame()->read_illumination();
-    EXPECT_EQ(succeeded(read.get_service), c.service);
-    EXPECT_EQ(succeeded(read.get_sample), c.sample);
-    EXPECT_EQ(succeeded(read.get_capture_metadata), c.capture_metadata);
-    EXPECT_EQ(succeeded(read.get_illumination), c.illumination);
-  }
 }
 
 TEST(VirtualFrameReader, PaddedNv12FramesDescribeTheirPlanes) {
@@ -238,18 +205,6 @@ TEST(VirtualFrameReader, Nv12ReaderConvertsYuy2Frames) {
   EXPECT_EQ(d[640 * 480 + j * 640 + 2 * i + 1], 192 + i + 4 * j + 1);
 }
 
-TEST(VirtualFrameReader, UnsupportedFramesHaveNoBitmapAnywhere) {
-  Stream s(testing::manual_default(), kColor);
-  s.platform.world().set_unsupported_frames(true);
-  s.reader->start();
-  s.advance(kSecond / 30);
-  auto frame = s.reader->try_acquire_latest_frame();
-  EXPECT_EQ(frame->software_bitmap(), nullptr);
-  EXPECT_NE(frame->buffer(), nullptr);
-  EXPECT_EQ(frame->bitmap_from_buffer(), nullptr);
-  EXPECT_EQ(frame->format()->subtype(), L"MJPG");
-}
-
 TEST(VirtualFrameReader, RemovedDeviceEndsFramesAndRefusesStart) {
   Stream s(testing::manual_default(), kInfrared);
   int calls = 0;
@@ -260,19 +215,6 @@ TEST(VirtualFrameReader, RemovedDeviceEndsFramesAndRefusesStart) {
   EXPECT_EQ(calls, 0);
   s.reader->stop();
   EXPECT_EQ(s.reader->start(), platform::ReaderStartStatus::DeviceNotAvailable);
-}
-
-TEST(VirtualFrameReader, RealClockDeliversFramesOnTheReaderThread) {
-  Scenario scenario = default_scenario();
-  scenario.groups[0].sources[kInfrared].current_format = 4;  // 320x240 @60
-  Stream s(scenario, kInfrared);
-  testing::Collected<std::thread::id> threads;
-  s.reader->add_frame_arrived([&](FrameReader&) { return threads.add(std::this_thread::get_id()), HR_OK; });
-  s.reader->start();
-  auto seen = threads.wait_for(2);
-  s.reader->stop();
-  ASSERT_GE(seen.size(), 2u);
-  EXPECT_TRUE(seen[0] != std::this_thread::get_id());
 }
 
 TEST(VirtualFrameReader, AReaderStoppedAndReleasedFromItsOwnHandlerEndsCleanly) {

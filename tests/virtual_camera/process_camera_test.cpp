@@ -14,30 +14,6 @@ class ProcessCamera : public ::testing::Test {
   void TearDown() override { reset(); }
 };
 
-TEST_F(ProcessCamera, CurrentPlatformIsTheChosenScenario) {
-  Scenario scenario = testing::manual_default();
-  scenario.groups[0].display_name = L"Chosen";
-  use_scenario(scenario);
-  auto groups = platform::current().find_all_source_groups();
-  ASSERT_EQ(groups.size(), 1u);
-  EXPECT_EQ(groups[0]->display_name(), L"Chosen");
-
-  std::int64_t before = now();
-  advance_time(250ms);
-  EXPECT_EQ(now() - before, 2'500'000);
-}
-
-TEST_F(ProcessCamera, LiveEditsAreSeenByOpenSessions) {
-  auto capture = testing::open_session(virtual_platform(), platform::SharingMode::ExclusiveControl);
-  const std::wstring id = testing::default_group_id();
-  ASSERT_TRUE(edit_source(id, 0, [](SourceModel& s) { s.exposure->value = 4242; }));
-  EXPECT_EQ(capture->frame_sources().at(0)->controller()->exposure_control()->value(), 4242);
-  EXPECT_FALSE(edit_source(id, 9, [](SourceModel&) {}));
-  ASSERT_TRUE(edit_ks(id, [](KsDeviceModel& ks) { ks.rgb_status = 3; }));
-  EXPECT_EQ(group_state(id)->ks.rgb_status, 3);
-  EXPECT_EQ(session_count(id, platform::SharingMode::ExclusiveControl), 1);
-}
-
 TEST_F(ProcessCamera, EnumerationKeepsScenarioOrderWithNullEntriesAndMissingParts) {
   Scenario scenario = default_scenario();
   GroupModel odd;

@@ -3,7 +3,6 @@
 // or returns control.
 #include <gtest/gtest.h>
 
-#include <thread>
 
 #include "platform/virtual/known_ids.h"
 #include "platform/virtual/le_bytes.h"
@@ -36,14 +35,6 @@ TEST(VirtualSharingRules, ExclusiveSessionsOfOneProcessCoexist) {
   EXPECT_EQ(initialize_error(platform, SharingMode::SharedReadOnly), HR_OK);
   EXPECT_EQ(first->frame_sources().at(kInfrared)->exclusive_control_status(),
             ExclusiveControlStatus::ExclusiveControlAvailable);
-}
-
-TEST(VirtualSharingRules, ShutdownEndsTheSession) {
-  VirtualPlatform platform;
-  auto first = open_session(platform, SharingMode::ExclusiveControl);
-  EXPECT_EQ(first->shutdown_if_supported(), HR_OK);
-  EXPECT_EQ(platform.world().session_count(testing::default_group_id(), SharingMode::ExclusiveControl), 0);
-  EXPECT_THROW(first->frame_sources(), PlatformError);
 }
 
 TEST(VirtualSharingRules, SharedSessionReadsButCannotChangeAnything) {
@@ -114,46 +105,6 @@ TEST(VirtualSharingRules, AnotherApplicationTakingControlPreemptsAndRefusesExclu
   EXPECT_EQ(source->exclusive_control_status(), ExclusiveControlStatus::ExclusiveControlAvailable);
   EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), HR_OK);
   EXPECT_TRUE(shared_failures.now().empty());
-}
-
-TEST(VirtualSharingRules, StatusOverrideReportsARawValue) {
-  VirtualPlatform platform;
-  platform.world().edit_group(testing::default_group_id(),
-                              [](GroupModel& g) { g.sources[kInfrared].exclusive_status_override = 2; });
-  auto shared = open_session(platform, SharingMode::SharedReadOnly);
-  EXPECT_EQ(static_cast<int>(shared->frame_sources().at(kInfrared)->exclusive_control_status()), 2);
-}
-
-TEST(VirtualSharingRules, FailedIsRaisedOnTheChosenSessionsWithTheChosenCode) {
-  VirtualPlatform platform;
-  auto session = open_session(platform, SharingMode::ExclusiveControl);
-  Collected<platform::CaptureFailure> failures;
-  session->add_failed([&](const auto& failure) { failures.add(failure); });
-
-  platform.world().raise_failed(hr(0xC00D3EA3), L"preempted", std::nullopt);
-  auto seen = failures.wait_for(1);
-  ASSERT_EQ(seen.size(), 1u);
-  EXPECT_EQ(seen[0].code, hr(0xC00D3EA3));
-  EXPECT_EQ(seen[0].message, L"preempted");
-
-  platform.world().raise_failed(HR_FAIL, L"elsewhere", std::wstring(L"no such group"));
-  platform.world().raise_failed(HR_FAIL, L"here", testing::default_group_id());
-  seen = failures.wait_for(2);
-  ASSERT_EQ(seen.size(), 2u);
-  EXPECT_EQ(seen[1].message, L"here");
-}
-
-TEST(VirtualSharingRules, InitializeFaultsAreThrownAndSlowCallsCanBeReleased) {
-  VirtualPlatform platform;
-  platform.world().set_call_fault(PlatformCall::Initialize, {HR_ACCESSDENIED, {}});
-  EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), HR_ACCESSDENIED);
-
-  platform.world().set_call_fault(PlatformCall::Initialize, {HR_OK, std::chrono::hours(1)});
-  std::thread releaser([&] {
-    if (platform.world().wait_for_slow_call(std::chrono::seconds(5))) platform.world().release_slow_calls();
-  });
-  EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), HR_OK);
-  releaser.join();
 }
 
 }  // namespace
