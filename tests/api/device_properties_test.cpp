@@ -223,7 +223,7 @@ const PropertyCase kCases[] = {
      VEXCAP_PROP_RGB_STATUS, 0, VEXCAP_OK, 1u, {}, std::nullopt, nothing},
     {"RgbStatusIsReadFromUnit2OnCamerasWithoutUnit1", kReadsInfrared,
      [](vc::Scenario& s) {
-       s.groups[0].ks.nodes.back() = {vc::ids::kNodeDevSpecific, vc::ids::kUnit2, vc::unit_descriptor(vc::ids::kUnit2, 2, 24)};
+       s.groups[0].ks.nodes.back() = {vc::ids::kNodeDevSpecific, vc::ids::kUnit2, vc::unit_descriptor(vc::ids::kUnit2, 13, 40)};
        s.groups[0].ks.rgb_status = 1;
      },
      nothing, false, VEXCAP_PROP_RGB_STATUS, 0, VEXCAP_OK, 1u, {}, std::nullopt, nothing},
@@ -234,6 +234,13 @@ const PropertyCase kCases[] = {
      [] { ks_fault(vc::ids::kUnit1, vc::ids::kUnit1RgbStatus, HR_SET_NOT_FOUND); }, false, VEXCAP_PROP_RGB_STATUS, 0,
      VEXCAP_E_FAIL, 0u, {"E: KsPropertySET 0x80070492. Property unsupported for getting rgb status"}, std::nullopt,
      nothing},
+    {"UnitDescriptorShorterThanTheSignatureIsNoUnit", kReadsInfrared,
+     [](vc::Scenario& s) {
+       Bytes seven = vc::unit_descriptor(vc::ids::kUnit1, 0, 8);
+       seven.pop_back();
+       s.groups[0].ks.nodes.back().unit_info = seven;
+     },
+     nothing, false, VEXCAP_PROP_RGB_STATUS, 0, VEXCAP_E_FAIL, 0u, {"E: no valid nodes"}, std::nullopt, nothing},
     {"RgbStatusWithoutAnyUnitAnswersZero", kReadsInfrared, without_unit1, nothing, false, VEXCAP_PROP_RGB_STATUS, 0,
      VEXCAP_E_FAIL, 0u, {"E: no valid nodes"}, std::nullopt, nothing},
     {"VideoControlModeIsMaskedWithTwo", kReadsInfrared,

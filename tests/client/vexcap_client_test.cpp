@@ -103,37 +103,6 @@ TEST_F(CaptureClient, GroupsAreMatchedByExactIdAndByTheWantedSourceKind) {
   EXPECT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_INVALID_STATE);
 }
 
-std::shared_ptr<platform::Frame> next_frame(VexCap& client) {
-  client.frame_reader()->start();
-  vc::advance_time(std::chrono::milliseconds(100));
-  auto frame = client.frame_reader()->try_acquire_latest_frame();
-  client.frame_reader()->stop();
-  return frame;
-}
-
-TEST_F(CaptureClient, Rgb24SourcesGetAReaderWithoutSubtypeOthersAnNv12Reader) {
-  vc::Scenario scenario = vc::default_scenario();
-  scenario.clock = vc::ClockMode::Manual;
-  vc::use_scenario(scenario);
-  auto colour = create(1);
-  ASSERT_EQ(colour->initialize(default_group_id(), 0, 640, 480), HR_OK);
-  EXPECT_TRUE(table_has_subtype(colour->format_table(), L"RGB24"));
-  colour->enable_stream_type(11, 0);  // the RGB24 640x480 format
-  auto frame = next_frame(*colour);
-  ASSERT_NE(frame, nullptr);
-  EXPECT_EQ(frame->software_bitmap(), nullptr);
-  EXPECT_NE(frame->buffer(), nullptr);
-
-  vc::use_scenario(one_group(kUsbGroup, {source(SourceKind::Color, StreamType::VideoRecord, kUsbGroup,
-                                                {format(L"YUY2", 640, 480, 30)})}));
-  auto yuy2 = create(1);
-  ASSERT_EQ(yuy2->initialize(kUsbGroup, 0, 640, 480), HR_OK);
-  frame = next_frame(*yuy2);
-  ASSERT_NE(frame, nullptr);
-  ASSERT_NE(frame->software_bitmap(), nullptr);
-  EXPECT_EQ(frame->software_bitmap()->pixel_format(), platform::PixelFormat::Nv12);
-}
-
 TEST_F(CaptureClient, OnlyTheExclusiveClientWatchesFailuresAndSwitchesLlcOn) {
   vc::use_scenario(vc::default_scenario());
   auto shared = create(0);
@@ -188,57 +157,6 @@ TEST_F(CaptureClient, EnableStreamTypeChecksStateRangeFormatsAndTable) {
   auto empty = create(1);
   ASSERT_EQ(empty->initialize(kUsbGroup, 0, 0, 0), HR_OK);
   EXPECT_EQ(empty->enable_stream_type(11, 0), 16);
-}
-
-TEST_F(CaptureClient, EnableStreamTypeFlagZeroOnlySetsTheFormatAndTheMark) {
-  vc::Scenario scenario = vc::default_scenario();
-  scenario.clock = vc::ClockMode::Manual;
-  vc::use_scenario(scenario);
-  auto client = create(1);
-  ASSERT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_OK);
-  vc::clear_records();
-  ASSERT_EQ(client->enable_stream_type(1, 0), HR_OK);  // 320x240 at 60
-  EXPECT_EQ(client->format_set_mark(), 1u);
-  const auto changes = vc::records().format_changes;
-  ASSERT_EQ(changes.size(), 1u);
-  EXPECT_EQ(changes[0].format.width, 320u);
-  EXPECT_EQ(changes[0].format.frame_rate_numerator, 60u);
-  vc::advance_time(std::chrono::milliseconds(100));
-  EXPECT_EQ(client->frame_reader()->try_acquire_latest_frame(), nullptr);  // not started
-}
-
-TEST_F(CaptureClient, EnableStreamTypeFlagOneRunsTheReaderBrieflyAndKeepsTheMark) {
-  vc::use_scenario(vc::default_scenario());
-  auto client = create(1);
-  ASSERT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_OK);
-  ASSERT_EQ(client->enable_stream_type(5, 1), HR_OK);  // 640x480 at 15
-  EXPECT_EQ(client->format_set_mark(), 0u);
-  ASSERT_EQ(vc::records().format_changes.size(), 1u);
-  EXPECT_EQ(vc::records().format_changes[0].format.frame_rate_numerator, 15u);
-  // Stopped again: frames no longer come.
-  client->frame_reader()->try_acquire_latest_frame();
-  std::this_thread::sleep_for(std::chrono::milliseconds(150));
-  EXPECT_EQ(client->frame_reader()->try_acquire_latest_frame(), nullptr);
-}
-
-TEST_F(CaptureClient, StreamingNeedsAnInitializedClient) {
-  vc::use_scenario(vc::default_scenario());
-  auto client = create(0);
-  EXPECT_EQ(client->start_streaming([](vexcap_frame*, void*) { return true; }, nullptr), HR_INVALID_STATE);
-  EXPECT_TRUE(log.contains("E: start_streaming: not valid state"));
-  EXPECT_EQ(client->stop_streaming(), HR_INVALID_STATE);
-  EXPECT_EQ(client->clear(), HR_OK);
-}
-
-TEST_F(CaptureClient, ClearReleasesTheSessionAndAllowsANewInitialize) {
-  vc::use_scenario(vc::default_scenario());
-  auto client = create(1);
-  ASSERT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_OK);
-  ASSERT_EQ(client->start_streaming([](vexcap_frame*, void*) { return true; }, nullptr), HR_OK);
-  EXPECT_EQ(client->clear(), HR_OK);
-  EXPECT_FALSE(client->initialized());
-  EXPECT_EQ(vc::session_count(default_group_id()), 0);
-  EXPECT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_OK);
 }
 
 }  // namespace
