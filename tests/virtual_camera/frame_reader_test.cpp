@@ -96,22 +96,6 @@ TEST(VirtualFrameReader, BufferedModeKeepsFramesInOrder) {
   EXPECT_EQ(s.reader->try_acquire_latest_frame(), nullptr);
 }
 
-TEST(VirtualFrameReader, StopEndsFramesAndStartResumesThem) {
-  Stream s(testing::manual_default(), kInfrared);
-  int calls = 0;
-  s.reader->add_frame_arrived([&](FrameReader&) { return ++calls, HR_OK; });
-  s.reader->start();
-  s.advance(kSecond / 10);
-  s.reader->stop();
-  s.advance(kSecond);
-  EXPECT_EQ(calls, 3);
-  s.reader->start();
-  s.advance(kSecond / 10);
-  EXPECT_EQ(calls, 6);
-  s.reader->close();
-  EXPECT_THROW(s.reader->start(), platform::PlatformError);
-}
-
 TEST(VirtualFrameReader, StoppedFramesFaultKeepsTheReaderRunningWithoutFrames) {
   Stream s(testing::manual_default(), kInfrared);
   int calls = 0;

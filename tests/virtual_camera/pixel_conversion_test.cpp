@@ -46,24 +46,5 @@ TEST(VirtualPixelConversion, UnmodelledConversionsThrowAsThePlatformDoes) {
   EXPECT_EQ(std::vector<std::uint8_t>(gray8->data(), gray8->data() + 3), (std::vector<std::uint8_t>{0, 1, 2}));
 }
 
-TEST(VirtualPixelConversion, BitmapCopiedFromABufferNeedsEnoughBytes) {
-  VirtualPlatform platform;
-  auto buffer = platform.create_buffer(4 * 2 * 3 / 2);
-  auto access = buffer->byte_access();
-  ASSERT_EQ(access.get_result, HR_OK);
-  for (int i = 0; i < 12; ++i) access.data[i] = std::uint8_t(i);
-  buffer->set_length(11);
-  EXPECT_EQ(platform.create_bitmap_copy_from_buffer(*buffer, PixelFormat::Nv12, 4, 2), nullptr);
-  buffer->set_length(12);
-  auto bitmap = platform.create_bitmap_copy_from_buffer(*buffer, PixelFormat::Nv12, 4, 2);
-  ASSERT_NE(bitmap, nullptr);
-  auto locked = bitmap->lock_for_read();
-  EXPECT_EQ(locked->plane(1).start_index, 8);
-  EXPECT_EQ(locked->data()[11], 11);
-  EXPECT_THROW(buffer->set_length(13), platform::PlatformError);
-  buffer->close();
-  EXPECT_TRUE(failed(buffer->byte_access().get_result));
-}
-
 }  // namespace
 }  // namespace vexcap::virtual_camera

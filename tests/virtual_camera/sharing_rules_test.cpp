@@ -1,8 +1,6 @@
-// Sessions on one camera: exclusive control belongs to an application (this process's sessions
-// share it), shared sessions only read, and every session hears when another application takes
-// or returns control.
+// Sessions on one camera: shared sessions only read, and every session hears when another
+// application takes or returns exclusive control.
 #include <gtest/gtest.h>
-
 
 #include "platform/virtual/known_ids.h"
 #include "platform/virtual/le_bytes.h"
@@ -28,15 +26,6 @@ hresult initialize_error(VirtualPlatform& platform, SharingMode mode) {
   return HR_OK;
 }
 
-TEST(VirtualSharingRules, ExclusiveSessionsOfOneProcessCoexist) {
-  VirtualPlatform platform;
-  auto first = open_session(platform, SharingMode::ExclusiveControl);
-  EXPECT_EQ(initialize_error(platform, SharingMode::ExclusiveControl), HR_OK);
-  EXPECT_EQ(initialize_error(platform, SharingMode::SharedReadOnly), HR_OK);
-  EXPECT_EQ(first->frame_sources().at(kInfrared)->exclusive_control_status(),
-            ExclusiveControlStatus::ExclusiveControlAvailable);
-}
-
 TEST(VirtualSharingRules, SharedSessionReadsButCannotChangeAnything) {
   VirtualPlatform platform;
   auto shared = open_session(platform, SharingMode::SharedReadOnly);
@@ -59,22 +48,6 @@ TEST(VirtualSharingRules, SharedSessionReadsButCannotChangeAnything) {
   value[16] = 0x2;
   EXPECT_EQ(source->controller()->set_property_by_extended_id(id, value), platform::SetPropertyStatus::NotInControl);
   EXPECT_TRUE(platform.world().copy_records().applied_controls.empty());
-}
-
-TEST(VirtualSharingRules, ExclusiveSessionChangesWhatSharedSessionsSee) {
-  VirtualPlatform platform;
-  auto shared = open_session(platform, SharingMode::SharedReadOnly);
-  auto exclusive = open_session(platform, SharingMode::ExclusiveControl);
-  auto target = exclusive->frame_sources().at(kInfrared)->supported_formats().at(2);  // L8 640x480 @60
-  exclusive->frame_sources().at(kInfrared)->set_format(target);
-  exclusive->frame_sources().at(kInfrared)->controller()->exposure_control()->set_value(20000);
-
-  auto seen = shared->frame_sources().at(kInfrared);
-  EXPECT_EQ(seen->current_format()->frame_rate_numerator(), 60u);
-  EXPECT_EQ(seen->controller()->exposure_control()->value(), 20000);
-  auto records = platform.world().copy_records();
-  ASSERT_EQ(records.format_changes.size(), 1u);
-  EXPECT_EQ(records.format_changes[0].format.frame_rate_numerator, 60u);
 }
 
 TEST(VirtualSharingRules, AnotherApplicationTakingControlPreemptsAndRefusesExclusiveSessions) {
