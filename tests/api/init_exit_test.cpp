@@ -63,13 +63,18 @@ TEST_F(InitAndExit, RequestsWithoutALibraryAnswerInvalidState) {
   EXPECT_EQ(vexcap_is_vidpid_used_by_device(L"g", L"v", L"p"), 0);
 }
 
-TEST_F(InitAndExit, ChangedModeAndFalseAreAcceptedAndStillUninitialized) {
-  for (hresult accepted : {HR_CHANGED_MODE, HR_FALSE}) {
+TEST_F(InitAndExit, PositiveStartUpResultsCountAsStartedAndAreShutDown) {
+  struct Case {
+    hresult ro_initialize, mf_startup;
+  };
+  for (const Case& c : {Case{HR_CHANGED_MODE, HR_OK}, Case{HR_FALSE, HR_OK}, Case{HR_OK, HR_FALSE}}) {
     runtime().reset();
-    runtime().set_ro_initialize_result(accepted);
+    runtime().set_ro_initialize_result(c.ro_initialize);
+    runtime().set_mf_startup_result(c.mf_startup);
     EXPECT_EQ(vexcap_init(), 0);
     EXPECT_EQ(runtime().mf_startup_calls(), 1);
     EXPECT_EQ(vexcap_exit(), 0);
+    EXPECT_EQ(runtime().mf_shutdown_calls(), 1);
     EXPECT_EQ(runtime().ro_uninitialize_calls(), 1);  // even after RPC_E_CHANGED_MODE
   }
 }

@@ -1,35 +1,12 @@
-// The runtime start-up rules on a private runtime, and the shutdown test.
+// The shutdown test a capture failure runs before the session is replaced; the virtual
+// camera's sessions always support it, so the other answer is tried here.
 #include <gtest/gtest.h>
 
 #include "api/runtime_startup.h"
-#include "platform/virtual/virtual_runtime.h"
 #include "support/log_capture.h"
 
 namespace vexcap::api {
 namespace {
-
-TEST(RuntimeLifetime, ARepeatedStartShutsBothRuntimesDownFirst) {
-  virtual_camera::VirtualRuntime runtime;
-  RuntimeLifetime lifetime(runtime);
-  ASSERT_EQ(lifetime.start(), HR_OK);
-  ASSERT_EQ(lifetime.start(), HR_OK);
-  EXPECT_EQ(runtime.mf_shutdown_calls(), 1);
-  EXPECT_EQ(runtime.ro_uninitialize_calls(), 1);
-  EXPECT_EQ(runtime.ro_initialize_calls(), 2);
-  EXPECT_TRUE(lifetime.media_foundation_started());
-  lifetime.shutdown();
-  EXPECT_FALSE(lifetime.media_foundation_started());
-  EXPECT_FALSE(lifetime.windows_runtime_initialized());
-}
-
-TEST(RuntimeLifetime, PositiveMediaFoundationResultsCountAsStarted) {
-  virtual_camera::VirtualRuntime runtime;
-  runtime.set_mf_startup_result(HR_FALSE);
-  RuntimeLifetime lifetime(runtime);
-  EXPECT_EQ(lifetime.start(), HR_OK);
-  EXPECT_TRUE(lifetime.media_foundation_started());
-  lifetime.shutdown();
-}
 
 // Only the shutdown query matters to the test; every other operation is out of reach.
 class ReportingCapture final : public platform::Capture {
