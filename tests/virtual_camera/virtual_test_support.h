@@ -45,12 +45,6 @@ inline Scenario manual_default() {
   return scenario;
 }
 
-inline std::shared_ptr<platform::SourceGroup> group_by_id(VirtualPlatform& platform, const std::wstring& id) {
-  for (auto& group : platform.find_all_source_groups())
-    if (group && group->id() == id) return group;
-  return nullptr;
-}
-
 inline std::shared_ptr<platform::Capture> open_session(VirtualPlatform& platform, platform::SharingMode mode,
                                                        std::size_t group_index = 0) {
   auto capture = platform.create_capture();
