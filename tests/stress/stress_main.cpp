@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
@@ -18,13 +17,8 @@
 #include "stress/stress_state.h"
 #include "stress/timed_call.h"
 #include "stress/watchdog.h"
+#include "support/process_footprint.h"
 #include "vexcap/vexcap.h"
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-// The sanitizers' allocator count (GCC ships the runtime without its header).
-extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
-#define VEXCAP_HEAP_COUNTED 1
-#endif
 
 namespace vc = vexcap::virtual_camera;
 using namespace vexcap::stress;
@@ -110,21 +104,13 @@ vc::Scenario thousand_hertz_camera() {
   return scenario;
 }
 
-// Threads and open descriptors of this process, where the system tells.
-int count_entries(const char* directory) {
-  std::error_code error;
-  int count = 0;
-  for (auto it = std::filesystem::directory_iterator(directory, error);
-       !error && it != std::filesystem::directory_iterator(); it.increment(error))
-    ++count;
-  return error ? -1 : count;
-}
-int thread_count() { return count_entries("/proc/self/task"); }
-int descriptor_count() { return count_entries("/proc/self/fd"); }
+using vexcap::testing::Footprint;
 
-long long heap_bytes() {
-#if defined(VEXCAP_HEAP_COUNTED)
-  return static_cast<long long>(__sanitizer_get_current_allocated_bytes());
+// The heap is compared only where the sanitizers count it: plain malloc keeps freed blocks in
+// arenas whose figures move with thread caches.
+long long counted_heap_bytes() {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  return Footprint::now().heap_bytes;
 #else
   return -1;
 #endif
@@ -160,11 +146,11 @@ int main(int argc, char** argv) {
   // A first thread wakes the sanitizers' own background thread, so it is in the baseline.
   std::thread([] {}).join();
   std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  const int threads_before = thread_count();
-  const int descriptors_before = descriptor_count();
+  const int threads_before = Footprint::now().threads;
+  const int descriptors_before = Footprint::now().descriptors;
   vc::use_scenario(scenario);
   std::thread watchdog([&] { run_watchdog(state); });
-  const long long heap_before = heap_bytes();
+  const long long heap_before = counted_heap_bytes();
 
   if (timed_call(state, "vexcap_init", {0}, [] { return vexcap_init(); }) != 0) {
     std::fprintf(stderr, "vexcap_init failed\n");
@@ -210,17 +196,17 @@ int main(int argc, char** argv) {
   return_late_frames(state);
 
   // Threads the library abandoned by design (an initialization past its limit) finish soon.
-  int threads_after = thread_count();
+  int threads_after = Footprint::now().threads;
   for (int i = 0; i < 100 && threads_after > threads_before + 1; ++i) {  // + the watchdog
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    threads_after = thread_count();
+    threads_after = Footprint::now().threads;
   }
-  const int descriptors_after = descriptor_count();
+  const int descriptors_after = Footprint::now().descriptors;
   // The virtual camera keeps what it was told (removed groups, records) for the objects that
   // hold them; back to its start so only the library's leftovers count.
   vc::use_scenario(scenario);
   vc::clear_records();
-  const long long heap_after = heap_bytes();
+  const long long heap_after = counted_heap_bytes();
   state.finished = true;
   watchdog.join();
 
