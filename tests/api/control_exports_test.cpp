@@ -255,19 +255,5 @@ INSTANTIATE_TEST_SUITE_P(Rows, ControlExport, ::testing::ValuesIn(kCases),
 
 class ControlExports : public testing::LibraryTest {};
 
-TEST_F(ControlExports, ASlotWithoutDeviceIsNotValid) {
-  ASSERT_EQ(vexcap_init(), 0);
-  vexcap_device handle{1, 0, 0};
-  std::uint64_t exposure = 0;
-  std::uint32_t iso = 0;
-  unsigned int led = 0;
-  EXPECT_EQ(vexcap_set_exposure(&handle, 1000), VEXCAP_E_INVALID_STATE);
-  EXPECT_EQ(vexcap_set_iso_speed(&handle, 100), VEXCAP_E_INVALID_STATE);
-  EXPECT_EQ(vexcap_set_led_power(&handle, 10), VEXCAP_E_INVALID_STATE);
-  EXPECT_EQ(vexcap_get_exposure(&handle, &exposure), VEXCAP_E_INVALID_STATE);
-  EXPECT_EQ(vexcap_get_iso_speed(&handle, &iso), VEXCAP_E_INVALID_STATE);
-  EXPECT_EQ(vexcap_get_led_power(&handle, &led), VEXCAP_E_INVALID_STATE);
-}
-
 }  // namespace
 }  // namespace vexcap

@@ -92,14 +92,6 @@ class DeviceEvents : public testing::LibraryTest {
   vexcap_device* device_ = nullptr;
 };
 
-TEST_F(DeviceEvents, ASlotWithoutDeviceIsNotValid) {
-  ASSERT_EQ(vexcap_init(), 0);
-  vexcap_device handle{1, 0, 0};
-  EXPECT_EQ(vexcap_register_for_excl_ctrl_status_event(&handle, on_status, nullptr), VEXCAP_E_INVALID_STATE);
-  EXPECT_EQ(vexcap_unregister_for_rgb_status_event(&handle), VEXCAP_E_INVALID_STATE);
-  EXPECT_EQ(vexcap_register_for_rgb_stopped_event(&handle, on_rgb_stopped, nullptr), VEXCAP_E_INVALID_STATE);
-}
-
 TEST_F(DeviceEvents, UnregisteringWhatWasNeverRegisteredAnswersZero) {
   open();
   EXPECT_EQ(vexcap_unregister_for_excl_ctrl_status_event(device_), 0);

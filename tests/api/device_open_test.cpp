@@ -42,22 +42,5 @@ TEST_F(DeviceOpen, OpensBothClientsStreamsOnEitherAndCloses) {
   EXPECT_EQ(vc::session_count(default_group_id()), 0);
 }
 
-TEST_F(DeviceOpen, AClosedSlotAnswersLikeAnEmptyOne) {
-  vexcap_device* device = nullptr;
-  const vexcap_open_params params{VEXCAP_STREAM_MODE_SHARED, 640, 480};
-  ASSERT_EQ(vexcap_device_open(&device, default_group_id().c_str(), &params), 0);
-  const vexcap_device copy = *device;
-  EXPECT_EQ(vexcap_device_close(device), 0);
-  auto* again = static_cast<vexcap_device*>(std::calloc(1, sizeof(vexcap_device)));
-  *again = copy;
-  EXPECT_EQ(vexcap_device_close(again), VEXCAP_E_FAIL);
-}
-
-TEST_F(DeviceOpen, StreamingOnASlotWithoutDeviceIsNotValid) {
-  vexcap_device handle{1, 0, 0};
-  EXPECT_EQ(vexcap_start_streaming(&handle, keep, nullptr), VEXCAP_E_INVALID_STATE);
-  EXPECT_EQ(vexcap_stop_streaming_ex(&handle, 1), VEXCAP_E_INVALID_STATE);
-}
-
 }  // namespace
 }  // namespace vexcap

@@ -350,14 +350,6 @@ class DeviceProperties : public testing::LibraryTest {
   testing::LogCapture log;
 };
 
-TEST_F(DeviceProperties, ASlotWithoutDeviceIsNotValid) {
-  ASSERT_EQ(vexcap_init(), 0);
-  vexcap_device empty_slot{0, 0, 0};
-  vexcap_property property{VEXCAP_PROP_HIRES_SENSOR_TYPE, 0};
-  EXPECT_EQ(set(&empty_slot, VEXCAP_PROP_LLC, VEXCAP_LLC_ON), VEXCAP_E_INVALID_STATE);
-  EXPECT_EQ(vexcap_get_dev_property(&empty_slot, &property), VEXCAP_E_INVALID_STATE);
-}
-
 TEST_F(DeviceProperties, DiagnosticLogSwitchesOutputOnAndOff) {
   ASSERT_NE(open(kReadsInfrared), nullptr);
   vexcap_property unknown{99, 0};

@@ -55,14 +55,6 @@ TEST_F(InitAndExit, InitAndExitCanRepeat) {
   EXPECT_EQ(runtime().ro_uninitialize_calls(), 3);
 }
 
-TEST_F(InitAndExit, RequestsWithoutALibraryAnswerInvalidState) {
-  vexcap_device device{};
-  std::uint32_t type = 0;
-  EXPECT_EQ(vexcap_get_source_group_type(&type), VEXCAP_E_INVALID_STATE);
-  EXPECT_EQ(vexcap_stop_streaming(&device), VEXCAP_E_INVALID_STATE);
-  EXPECT_EQ(vexcap_is_vidpid_used_by_device(L"g", L"v", L"p"), 0);
-}
-
 TEST_F(InitAndExit, PositiveStartUpResultsCountAsStartedAndAreShutDown) {
   struct Case {
     hresult ro_initialize, mf_startup;
