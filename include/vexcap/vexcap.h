@@ -97,7 +97,11 @@ typedef struct vexcap_frame {
  * false to stop delivery until streaming is started again. The record belongs to the host
  * from this call on. vexcap_return_frame, vexcap_stop_streaming(_ex) and vexcap_device_close
  * may be called from here: the stop or close then answers 0 at once and takes effect right
- * after the callback. Other requests from here may wait for a stop of this very stream. */
+ * after the callback. Other requests from here may wait for a stop of this very stream.
+ *
+ * From inside any callback of the library (frames and device events), stops, closes and the
+ * device-event registrations and unregistrations answer 0 at once and take effect right after
+ * the callback, in the order they were asked for. */
 typedef bool (*vexcap_frame_callback)(vexcap_frame* frame, void* context);
 
 /* ---- Device properties -------------------------------------------------------------------- */
@@ -189,8 +193,8 @@ typedef struct vexcap_device_callbacks {
 /* Exclusive-control status, with the device id the platform's event carries as text:
  * status 1 shared read-only available (another application holds exclusive control),
  * 2 the camera's face authentication is settling, 3 any other status; flag is true when
- * exclusive control is available again. Called with the device's event lock held, so the
- * callback must not unregister this event. A capture failure (the library recovers by itself)
+ * exclusive control is available again. Called with the device's event lock held; an
+ * unregistration from inside takes effect after it. A capture failure (the library recovers by itself)
  * ends the notifications: unregister and register again to hear them. */
 typedef void (*vexcap_excl_ctrl_status_callback)(const wchar_t* text, uint8_t status, bool flag,
                                                  void* context);
@@ -200,8 +204,7 @@ typedef void (*vexcap_rgb_status_callback)(bool active, void* context);
 typedef void (*vexcap_unsupported_format_callback)(uint32_t status, void* context);
 /* RGB stopped: stopped is always true. Called at most once per registration, on a worker
  * thread, once the library could hold the camera in exclusive control and received a frame:
- * whoever used the colour stream has let it go. Unregistering or closing the device from
- * inside it waits the full 20 s for the callback to return. */
+ * whoever used the colour stream has let it go. */
 typedef void (*vexcap_rgb_stopped_callback)(bool stopped, void* context);
 
 /* ---- The exported functions --------------------------------------------------------------- */

@@ -10,26 +10,40 @@ DeferredRequests::~DeferredRequests() { drain(); }
 
 bool DeferredRequests::post(std::function<void()> request) {
   std::lock_guard<std::mutex> lock(mutex_);
-  // Ended workers are joined here, so a long run keeps only the ones still working.
-  workers_.remove_if([](const std::unique_ptr<WorkerThread>& worker) {
-    return worker->join_for(std::chrono::milliseconds(0));
-  });
+  queue_.push_back(std::move(request));
+  if (running_) return true;  // the worker takes it after the ones before it
   try {
-    workers_.push_back(std::make_unique<WorkerThread>(std::move(request)));
+    // The last worker has left its loop (running_ is clear), so this join is short.
+    if (worker_) worker_->join();
+    worker_ = std::make_unique<WorkerThread>([this] { run_queue(); });
   } catch (const std::system_error&) {
+    queue_.pop_back();
     return false;
   }
+  running_ = true;
   return true;
 }
 
-void DeferredRequests::drain() {
-  std::list<std::unique_ptr<WorkerThread>> workers;
-  {
-    std::lock_guard<std::mutex> lock(mutex_);
-    workers.swap(workers_);
+void DeferredRequests::run_queue() {
+  std::unique_lock<std::mutex> lock(mutex_);
+  while (!queue_.empty()) {
+    std::function<void()> request = std::move(queue_.front());
+    queue_.pop_front();
+    lock.unlock();
+    request();
+    request = nullptr;
+    lock.lock();
   }
+  running_ = false;
+  idle_.notify_all();
+}
+
+void DeferredRequests::drain() {
+  std::unique_lock<std::mutex> lock(mutex_);
   // No limit: each request needs only the request thread, which is still running.
-  for (auto& worker : workers) worker->join_for(std::chrono::hours(24 * 365));
+  idle_.wait(lock, [this] { return !running_; });
+  if (worker_) worker_->join();
+  worker_.reset();
 }
 
 }  // namespace vexcap::api

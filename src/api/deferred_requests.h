@@ -1,10 +1,12 @@
-// Requests a host makes from inside its frame callback that stop or close a reader: run on a
-// thread of their own, since the request thread waits for the callback's thread to leave the
-// frame handler. vexcap_exit waits for them before the request thread goes.
+// Requests a host makes from inside its callbacks that may wait for the callback's own thread
+// (stops, closes, device-event registrations): run after the callback, one after another in the
+// order they were asked for, on a thread of their own. vexcap_exit waits for them before the
+// request thread goes.
 #pragma once
 
+#include <condition_variable>
+#include <deque>
 #include <functional>
-#include <list>
 #include <memory>
 #include <mutex>
 
@@ -19,14 +21,19 @@ class DeferredRequests {
   DeferredRequests(const DeferredRequests&) = delete;
   DeferredRequests& operator=(const DeferredRequests&) = delete;
 
-  // Runs `request` on a new thread; false (nothing runs) when no thread can be started.
+  // Queues `request`; false (nothing runs) when no thread can be started for it.
   bool post(std::function<void()> request);
   // Waits until every posted request has finished.
   void drain();
 
  private:
+  void run_queue();
+
   std::mutex mutex_;
-  std::list<std::unique_ptr<WorkerThread>> workers_;  // guarded by mutex_
+  std::condition_variable idle_;
+  std::deque<std::function<void()>> queue_;  // guarded by mutex_
+  bool running_ = false;                     // a worker is taking requests; guarded by mutex_
+  std::unique_ptr<WorkerThread> worker_;     // the current or last worker; guarded by mutex_
 };
 
 }  // namespace vexcap::api

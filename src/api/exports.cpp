@@ -2,13 +2,14 @@
 // mapped result code.
 #include <cstdlib>
 #include <functional>
+#include <optional>
 
 #include "api/context.h"
 #include "api/device_callbacks.h"
 #include "api/messages.h"
 #include "api/request_args.h"
 #include "api/result_codes.h"
-#include "frames/frame_delivery.h"
+#include "common/host_callback.h"
 #include "log/log.h"
 #include "vexcap/vexcap.h"
 
@@ -35,12 +36,6 @@ int request_with_selector(vexcap_device* device, std::uint32_t selector, std::ui
   return to_result_code(send_request(*context, message, wparam, as_lparam(device)));
 }
 
-int register_event(vexcap_device* device, void* callback, void* context, std::uint32_t message) {
-  if (device == nullptr) return VEXCAP_E_INVALID_ARG;
-  CallbackArgs args{callback, context};
-  return request(message, as_wparam(&args), as_lparam(device));
-}
-
 int device_request(vexcap_device* device, std::uint32_t message) {
   if (device == nullptr) return VEXCAP_E_INVALID_ARG;
   return request(message, 0, as_lparam(device));
@@ -59,19 +54,42 @@ int get_value(vexcap_device* device, T* out, std::uint32_t message) {
   return request(message, as_wparam(out), as_lparam(device));
 }
 
-// Inside a frame callback a stop or close cannot wait: the request thread would wait for this
-// very thread to leave the frame handler. Such a call is handed to a thread of its own and
-// answers 0 at once; false when it is not inside a callback (or no thread could take it).
-// The request gets its own copy of the handle's stream mode (never written after the open): the
-// selector is written by other callers inside the request lock.
-bool defer_from_frame_callback(const vexcap_device& device,
-                               std::function<void(Context&, vexcap_device&)> request) {
-  if (!frames::inside_frame_callback()) return false;
+// Inside a host callback a stop, a close or a device-event (un)registration cannot wait: the
+// request thread may be waiting for this very thread (to leave the frame handler, to release the
+// event's lock, to end a notifier). Such a call is handed to the deferred requests, which run in
+// order after the callback, and answers 0 at once; false when it is not inside a callback (or no
+// thread could take it). The request gets its own copy of the handle's stream mode (never
+// written after the open): the selector is written by other callers inside the request lock, and
+// the host may free the handle as soon as the call answered.
+bool defer_from_host_callback(const vexcap_device& device,
+                              std::function<void(Context&, vexcap_device&)> request) {
+  if (!inside_host_callback()) return false;
   Context* context = current_context();
   if (context == nullptr) return false;
-  VXLOG('I', "Request from inside a frame callback runs after it");
+  VXLOG('I', "Request from inside a callback runs after it");
   return context->deferred.post([context, handle = vexcap_device{device.stream_mode, 0, 0},
                                  request = std::move(request)]() mutable { request(*context, handle); });
+}
+
+// The device-event registrations (with their callback) and unregistrations (without).
+int event_request(vexcap_device* device, std::uint32_t message, std::optional<CallbackArgs> registration) {
+  if (device == nullptr) return VEXCAP_E_INVALID_ARG;
+  auto send = [message, registration](Context& context, vexcap_device& handle) {
+    CallbackArgs args = registration.value_or(CallbackArgs{});
+    return send_request(context, message, registration ? as_wparam(&args) : 0, as_lparam(&handle));
+  };
+  if (defer_from_host_callback(*device, send)) return VEXCAP_OK;
+  Context* context = current_context();
+  if (context == nullptr) return VEXCAP_E_INVALID_STATE;
+  return to_result_code(send(*context, *device));
+}
+
+int register_event(vexcap_device* device, void* callback, void* context, std::uint32_t message) {
+  return event_request(device, message, CallbackArgs{callback, context});
+}
+
+int unregister_event(vexcap_device* device, std::uint32_t message) {
+  return event_request(device, message, std::nullopt);
 }
 
 }  // namespace
@@ -151,7 +169,7 @@ VEXCAP_API int vexcap_device_open(vexcap_device** device, const wchar_t* device_
 VEXCAP_API int vexcap_device_close(vexcap_device* device) {
   if (device == nullptr) return VEXCAP_E_INVALID_ARG;
   // The deferred request works on a copy: the host's handle is freed now, as after any close.
-  if (defer_from_frame_callback(*device, [](Context& context, vexcap_device& handle) {
+  if (defer_from_host_callback(*device, [](Context& context, vexcap_device& handle) {
         send_request(context, kMsgDeviceClose, 0, as_lparam(&handle));
       })) {
     std::free(device);
@@ -166,7 +184,9 @@ VEXCAP_API int vexcap_device_close(vexcap_device* device) {
 
 VEXCAP_API int vexcap_start_streaming(vexcap_device* device, vexcap_frame_callback callback,
                                       void* context) {
-  return register_event(device, reinterpret_cast<void*>(callback), context, kMsgStartStreaming);
+  if (device == nullptr) return VEXCAP_E_INVALID_ARG;
+  CallbackArgs args{reinterpret_cast<void*>(callback), context};
+  return request(kMsgStartStreaming, as_wparam(&args), as_lparam(device));
 }
 
 VEXCAP_API int vexcap_start_streaming_ex(vexcap_device* device, vexcap_frame_callback callback,
@@ -178,7 +198,7 @@ VEXCAP_API int vexcap_start_streaming_ex(vexcap_device* device, vexcap_frame_cal
 
 VEXCAP_API int vexcap_stop_streaming(vexcap_device* device) {
   // A copy of the handle: the host may close the device once this call has answered.
-  if (device != nullptr && defer_from_frame_callback(*device, [](Context& context, vexcap_device& handle) {
+  if (device != nullptr && defer_from_host_callback(*device, [](Context& context, vexcap_device& handle) {
         send_request(context, kMsgStopStreaming, 0, as_lparam(&handle));
       }))
     return VEXCAP_OK;
@@ -187,7 +207,7 @@ VEXCAP_API int vexcap_stop_streaming(vexcap_device* device) {
 
 VEXCAP_API int vexcap_stop_streaming_ex(vexcap_device* device, uint32_t stream_selector) {
   if (device == nullptr) return VEXCAP_E_INVALID_ARG;
-  if (defer_from_frame_callback(*device, [stream_selector](Context&, vexcap_device& handle) {
+  if (defer_from_host_callback(*device, [stream_selector](Context&, vexcap_device& handle) {
         request_with_selector(&handle, stream_selector, kMsgStopStreamingEx, 0);
       }))
     return VEXCAP_OK;
@@ -253,7 +273,7 @@ VEXCAP_API int vexcap_register_for_excl_ctrl_status_event(vexcap_device* device,
 }
 
 VEXCAP_API int vexcap_unregister_for_excl_ctrl_status_event(vexcap_device* device) {
-  return device_request(device, kMsgUnregisterExclusiveControl);
+  return unregister_event(device, kMsgUnregisterExclusiveControl);
 }
 
 VEXCAP_API int vexcap_register_for_rgb_status_event(vexcap_device* device,
@@ -263,7 +283,7 @@ VEXCAP_API int vexcap_register_for_rgb_status_event(vexcap_device* device,
 }
 
 VEXCAP_API int vexcap_unregister_for_rgb_status_event(vexcap_device* device) {
-  return device_request(device, kMsgUnregisterRgbStatus);
+  return unregister_event(device, kMsgUnregisterRgbStatus);
 }
 
 VEXCAP_API int vexcap_register_for_unsupported_format_status_event(
@@ -273,7 +293,7 @@ VEXCAP_API int vexcap_register_for_unsupported_format_status_event(
 }
 
 VEXCAP_API int vexcap_unregister_for_unsupported_format_status_event(vexcap_device* device) {
-  return device_request(device, kMsgUnregisterUnsupportedFormat);
+  return unregister_event(device, kMsgUnregisterUnsupportedFormat);
 }
 
 VEXCAP_API int vexcap_register_for_rgb_stopped_event(vexcap_device* device,
@@ -283,7 +303,7 @@ VEXCAP_API int vexcap_register_for_rgb_stopped_event(vexcap_device* device,
 }
 
 VEXCAP_API int vexcap_unregister_for_rgb_stopped_event(vexcap_device* device) {
-  return device_request(device, kMsgUnregisterRgbStopped);
+  return unregister_event(device, kMsgUnregisterRgbStopped);
 }
 
 }  // extern "C"

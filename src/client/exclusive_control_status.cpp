@@ -1,5 +1,6 @@
 // The exclusive-control status event of a capture client.
 #include "client/vexcap_client.h"
+#include "common/host_callback.h"
 #include "controls/face_auth_wait.h"
 #include "log/log.h"
 
@@ -32,6 +33,7 @@ hresult VexCap::register_exclusive_control_status(vexcap_excl_ctrl_status_callba
         std::lock_guard<std::mutex> lock(client->exclusive_control_lock_);
         if (client->exclusive_control_callback_ == nullptr) return;
         const bool available = change.status == platform::ExclusiveControlStatus::ExclusiveControlAvailable;
+        HostCallbackScope marked;
         client->exclusive_control_callback_(change.device_id.c_str(), host_status(change.status),
                                             available, client->exclusive_control_context_);
       });

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "client/platform_names.h"
+#include "common/host_callback.h"
 #include "client/source_lookup.h"
 #include "log/log.h"
 #include "platform/port.h"
@@ -120,7 +121,10 @@ void RgbStoppedWorker::run(const std::wstring& device_id, std::uint32_t reader_k
     // The pair as it stands now, read without the lock.
     const vexcap_rgb_stopped_callback callback = callback_.load();
     void* const context = context_.load();
-    if (callback != nullptr) callback(true, context);
+    if (callback != nullptr) {
+      HostCallbackScope marked;
+      callback(true, context);
+    }
   }
   stopped_event_.set();
 }

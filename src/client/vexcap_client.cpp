@@ -5,6 +5,7 @@
 
 #include "api/runtime_startup.h"
 #include "client/platform_names.h"
+#include "common/host_callback.h"
 #include "client/source_group_dump.h"
 #include "client/source_lookup.h"
 #include "frames/frame_delivery.h"
@@ -326,7 +327,9 @@ void VexCap::unregister_unsupported_format() {
 
 void VexCap::raise_unsupported_format() {
   std::lock_guard<std::mutex> lock(unsupported_format_lock_);
-  if (unsupported_format_callback_) unsupported_format_callback_(true, unsupported_format_context_);
+  if (!unsupported_format_callback_) return;
+  HostCallbackScope marked;
+  unsupported_format_callback_(true, unsupported_format_context_);
 }
 
 hresult VexCap::register_rgb_stopped(vexcap_rgb_stopped_callback callback, void* context) {

@@ -4,6 +4,8 @@
 #include <system_error>
 #include <utility>
 
+#include "common/host_callback.h"
+
 namespace vexcap::controls {
 
 namespace {
@@ -53,6 +55,7 @@ void RgbStatusNotifier::poll() {
     read_status_(status);
     std::unique_lock<std::mutex> guard(lock_);
     if (status != last_status_ && callback_ != nullptr) {
+      HostCallbackScope marked;
       callback_(status != 0, context_);
       last_status_ = status;
     }

@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "client/vexcap_client.h"
+#include "common/host_callback.h"
 #include "frames/fill_frame.h"
 #include "frames/record_rotation.h"
 #include "log/log.h"
@@ -24,14 +25,6 @@ struct RecordFree {
   }
 };
 using OwnedRecord = std::unique_ptr<vexcap_frame, RecordFree>;
-
-thread_local bool t_in_frame_callback = false;
-
-// Marks the thread for the duration of one host callback.
-struct InFrameCallback {
-  InFrameCallback() { t_in_frame_callback = true; }
-  ~InFrameCallback() { t_in_frame_callback = false; }
-};
 
 bool is_delivered_format(platform::PixelFormat format) {
   return format == platform::PixelFormat::Gray8 || format == platform::PixelFormat::Gray16 ||
@@ -58,8 +51,6 @@ void copy_pixels(std::shared_ptr<platform::Bitmap> bitmap, platform::FrameSource
 
 }  // namespace
 
-bool inside_frame_callback() { return t_in_frame_callback; }
-
 hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& reader) {
   const std::shared_ptr<platform::Frame> frame = reader.try_acquire_latest_frame();
   if (!frame) return HR_OK;
@@ -81,7 +72,7 @@ hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& read
     copy_pixels(std::move(bitmap), client.frame_source().get(), *record);
 
     // No lock of the library's is held here: start and stop never wait for the host.
-    InFrameCallback marked;
+    HostCallbackScope marked;
     if (!callback(record.release(), context)) return HR_DISCONNECTED;
     return HR_OK;
   } catch (const platform::PlatformError& error) {

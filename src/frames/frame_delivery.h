@@ -15,8 +15,4 @@ namespace vexcap::frames {
 // stop, or the code of a platform failure (the record is then freed).
 hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& reader);
 
-// True on a thread that is inside a host's frame callback: a request that stops or closes a
-// reader waits for that very thread there.
-bool inside_frame_callback();
-
 }  // namespace vexcap::frames

@@ -529,5 +529,78 @@ TEST_F(BadInputMatrix, CallsFromInsideADeviceCallback) {
   expect_a_good_session();
 }
 
+void excl_ctrl_inside(const wchar_t*, std::uint8_t, bool, void* context) { static_cast<Inside*>(context)->run_once(); }
+void rgb_status_inside(bool, void* context) { static_cast<Inside*>(context)->run_once(); }
+void unsupported_inside(std::uint32_t, void* context) { static_cast<Inside*>(context)->run_once(); }
+void rgb_stopped_inside(bool, void* context) { static_cast<Inside*>(context)->run_once(); }
+
+// From inside each device event the host calls a request, registers or unregisters device
+// events (this one included) and closes the device: the event's lock, its notifier thread or its
+// worker would wait for the callback, so those answer at once and take effect after it.
+TEST_F(BadInputMatrix, CallsFromInsideDeviceEvents) {
+  struct EventRow {
+    const char* name;
+    std::function<int(vexcap_device*, Inside*)> register_event;
+    std::function<void()> raise;  // makes the camera fire it, repeatedly if need be
+    std::vector<Row> rows;
+  };
+  const Row get_iso{"get_iso_speed", [](Args& a) { return vexcap_get_iso_speed(a.device, &a.u32); }, 0};
+  const Row get_rgb{"get_dev_property", [](Args& a) {
+                      vexcap_property property{VEXCAP_PROP_RGB_STATUS, 0};
+                      return vexcap_get_dev_property(a.device, &property);
+                    }, 0};
+  auto unregister = [](const char* name, int (*call)(vexcap_device*)) {
+    return Row{name, [call](Args& a) { return call(a.device); }, 0};
+  };
+  const std::vector<EventRow> events = {
+      {"exclusive-control status",
+       [](vexcap_device* d, Inside* i) { return vexcap_register_for_excl_ctrl_status_event(d, excl_ctrl_inside, i); },
+       [] { vc::set_held_by_other_app(group_id(), true); },
+       {get_rgb, unregister("unregister_rgb_status", vexcap_unregister_for_rgb_status_event),
+        unregister("unregister_excl_ctrl", vexcap_unregister_for_excl_ctrl_status_event)}},
+      {"RGB status",
+       [](vexcap_device* d, Inside* i) { return vexcap_register_for_rgb_status_event(d, rgb_status_inside, i); },
+       [] { vc::edit_ks(group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 1; }); },
+       {get_iso, {"register_rgb_status again", [](Args& a) { return vexcap_register_for_rgb_status_event(a.device, on_rgb_status, nullptr); }, 0},
+        unregister("unregister_rgb_status", vexcap_unregister_for_rgb_status_event)}},
+      {"unsupported format",
+       [](vexcap_device* d, Inside* i) {
+         const int registered = vexcap_register_for_unsupported_format_status_event(d, unsupported_inside, i);
+         return registered != 0 ? registered : vexcap_start_streaming(d, return_frame, nullptr);
+       },
+       [] {
+         vc::set_unsupported_frames(true);
+         vc::advance_time(34ms);
+       },
+       {get_iso, {"register_unsupported again", [](Args& a) { return vexcap_register_for_unsupported_format_status_event(a.device, on_unsupported, nullptr); }, 0},
+        unregister("unregister_unsupported", vexcap_unregister_for_unsupported_format_status_event),
+        unregister("stop_streaming", vexcap_stop_streaming)}},
+      {"RGB stopped",
+       [](vexcap_device* d, Inside* i) { return vexcap_register_for_rgb_stopped_event(d, rgb_stopped_inside, i); },
+       [] { vc::advance_time(100ms); },
+       {get_iso, unregister("unregister_rgb_stopped", vexcap_unregister_for_rgb_stopped_event),
+        {"device_close", [](Args& a) { return vexcap_device_close(copy_of(*a.device)); }, 0}}},
+  };
+  for (const EventRow& event : events) {
+    Inside inside;
+    inside.rows = event.rows;
+    inside.args.device = open_default_camera(VEXCAP_STREAM_MODE_EXCLUSIVE);
+    ASSERT_NE(inside.args.device, nullptr);
+    ASSERT_EQ(event.register_event(inside.args.device, &inside), 0) << event.name;
+    const auto started = std::chrono::steady_clock::now();
+    EXPECT_TRUE(inside.wait(30s, event.raise)) << event.name;
+    inside.expect_answers(event.name);
+    EXPECT_LT(std::chrono::steady_clock::now() - started, 10s) << event.name << ": a call waited";
+    vc::clear_faults();
+    vc::set_held_by_other_app(group_id(), false);
+    vc::edit_ks(group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 0; });
+    const bool closed_inside = inside.rows.back().name == std::string("device_close");
+    for (int i = 0; closed_inside && i < 400 && vc::session_count(group_id()) != 0; ++i) std::this_thread::sleep_for(5ms);
+    EXPECT_EQ(vexcap_device_close(inside.args.device), closed_inside ? VEXCAP_E_FAIL : VEXCAP_OK) << event.name;
+    ASSERT_EQ(vexcap_exit(), 0) << event.name;  // nothing left that waits for a callback
+  }
+  expect_a_good_session();
+}
+
 }  // namespace
 }  // namespace vexcap
