@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Every test: native, AddressSanitizer + UndefinedBehaviorSanitizer, ThreadSanitizer (each with the
-# stress harness: 10 s native, 60 s under each sanitizer), the fuzz targets 30 s each, the Windows
-# build under Wine (stress 30 s); then the product DLL under Wine and its export table. Installs
-# what is missing first.
+# stress harness: 10 s native, 60 s under each sanitizer, and the endurance check: 10,000
+# open/stream/close cycles native, fewer under the sanitizers), the fuzz targets 30 s each, the
+# Windows build under Wine (stress 30 s, 500 endurance cycles); then the product DLL under Wine and
+# its export table. Installs what is missing first.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
