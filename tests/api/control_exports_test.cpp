@@ -221,7 +221,9 @@ std::vector<Applied> applied() {
 class ControlExport : public testing::LibraryTest, public ::testing::WithParamInterface<ControlCase> {
  protected:
   void TearDown() override {
-    if (device_ != nullptr) EXPECT_EQ(vexcap_device_close(device_), VEXCAP_OK);
+    if (device_ != nullptr) {
+      EXPECT_EQ(vexcap_device_close(device_), VEXCAP_OK);
+    }
     LibraryTest::TearDown();
   }
   vexcap_device* device_ = nullptr;
@@ -238,12 +240,16 @@ TEST_P(ControlExport, AnswersAppliesAndReadsBack) {
   vc::clear_records();
   c.live();
 
-  if (c.set) EXPECT_EQ(set(device_, c.control, *c.set), c.set_code);
+  if (c.set) {
+    EXPECT_EQ(set(device_, c.control, *c.set), c.set_code);
+  }
   EXPECT_EQ(applied(), c.applied);
   if (c.get_code) {
     const auto [code, value] = get(device_, c.control);
     EXPECT_EQ(code, *c.get_code);
-    if (c.got) EXPECT_EQ(value, *c.got);
+    if (c.got) {
+      EXPECT_EQ(value, *c.got);
+    }
   }
   vc::clear_faults();
   for (const std::string& line : c.log) EXPECT_TRUE(log.contains(line)) << line;

@@ -301,7 +301,9 @@ const PropertyCase kCases[] = {
 class DeviceProperty : public testing::LibraryTest, public ::testing::WithParamInterface<PropertyCase> {
  protected:
   void TearDown() override {
-    if (device_ != nullptr) EXPECT_EQ(vexcap_device_close(device_), VEXCAP_OK);
+    if (device_ != nullptr) {
+      EXPECT_EQ(vexcap_device_close(device_), VEXCAP_OK);
+    }
     LibraryTest::TearDown();
   }
   vexcap_device* device_ = nullptr;
@@ -322,9 +324,13 @@ TEST_P(DeviceProperty, AnswersLogsAndReachesTheCamera) {
   EXPECT_EQ(c.is_set ? vexcap_set_dev_property(device_, &property) : vexcap_get_dev_property(device_, &property),
             c.code);
   vc::clear_faults();
-  if (c.read) EXPECT_EQ(property.value, *c.read);
+  if (c.read) {
+    EXPECT_EQ(property.value, *c.read);
+  }
   for (const std::string& line : c.log) EXPECT_TRUE(log.contains(line)) << line;
-  if (c.written) EXPECT_EQ(property_values_written(), *c.written);
+  if (c.written) {
+    EXPECT_EQ(property_values_written(), *c.written);
+  }
   c.then();
 }
 
@@ -334,7 +340,9 @@ INSTANTIATE_TEST_SUITE_P(Rows, DeviceProperty, ::testing::ValuesIn(kCases),
 class DeviceProperties : public testing::LibraryTest {
  protected:
   void TearDown() override {
-    if (device_ != nullptr) EXPECT_EQ(vexcap_device_close(device_), VEXCAP_OK);
+    if (device_ != nullptr) {
+      EXPECT_EQ(vexcap_device_close(device_), VEXCAP_OK);
+    }
     LibraryTest::TearDown();
   }
   vexcap_device* open(std::uint32_t stream_mode, vc::Scenario scenario = vc::default_scenario()) {
