@@ -140,6 +140,8 @@ class WhiteRgb24Frames : public testing::LibraryTest {
 TEST_F(WhiteRgb24Frames, BecomeLimitedRangeNv12) {
   vexcap_frame* frame = first_frame(0);
   ASSERT_NE(frame, nullptr);
+  // Already NV12 when gathered: the buffer path would have reported the camera's Bgra8.
+  EXPECT_TRUE(log.contains("D: Frame Format: 103 (Nv12)"));
   EXPECT_EQ(frame->pixel_format, VEXCAP_PIXEL_FORMAT_NV12);
   EXPECT_EQ(frame->width, 2u);
   EXPECT_EQ(frame->height, 2u);

@@ -1,16 +1,18 @@
 // Frames delivered by a capture client on a virtual camera with a manual clock: record
 // layout, pixel bytes against the camera's documented pattern, rotation, illumination,
-// timestamps, the frame-rate limit and the host's stop answer.
+// timestamps and the frame-rate limit.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <mutex>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "client/vexcap_client.h"
 #include "frames/frame_rate.h"
-#include "frames/rgb24_to_nv12.h"
 #include "frames/rotation.h"
 #include "frames/simd/pixel_kernels.h"
 #include "platform/virtual/virtual_camera.h"
@@ -90,20 +92,6 @@ std::uint8_t luma(std::uint32_t x, std::uint32_t y, std::uint32_t n) {
   return static_cast<std::uint8_t>(x + 2 * y + 3 * n);
 }
 
-TEST_F(FrameDelivery, Gray8FrameCarriesThePatternUnrotated) {
-  stream_infrared([](vc::SourceModel& s) { s.formats = {format(L"L8", 20, 45)}; });
-  vc::advance_time(50ms);
-  ASSERT_EQ(collector.frames.size(), 1u);
-  const vexcap_frame& f = *collector.frames[0];
-  EXPECT_EQ(f.pixel_format, VEXCAP_PIXEL_FORMAT_GRAY8);
-  EXPECT_EQ(f.width, 640u);
-  EXPECT_EQ(f.height, 480u);
-  EXPECT_EQ(f.stride, 640);
-  EXPECT_EQ(f.led_power, 255);
-  for (std::uint32_t y = 0; y < 480; ++y)
-    for (std::uint32_t x = 0; x < 640; ++x) ASSERT_EQ(f.data[y * 640 + x], luma(x, y, 0));
-}
-
 TEST_F(FrameDelivery, QuarterTurnDeliversPortraitBytes) {
   stream_infrared([](vc::SourceModel& s) { s.formats = {format(L"L8", 20, 90)}; });
   vc::advance_time(50ms);
@@ -132,7 +120,9 @@ std::vector<std::uint8_t> padded_nv12_pattern(std::uint32_t n) {
 }
 
 // One stream per angle; each instruction-set level, forced in turn, turns the next frame.
-// Expected bytes: the documented pattern turned by the scalar reference.
+// Expected bytes: the documented padded pattern (stride 656, padding 0, chroma U = 64 + i + j,
+// V = 192 + i + 2j for block (i, j)) turned by the scalar reference; unturned, the whole
+// buffer arrives with its stride.
 class FrameDeliveryAtEveryLevel : public FrameDelivery {
  protected:
   void expect_turned_frames(std::int32_t angle) {
@@ -148,7 +138,10 @@ class FrameDeliveryAtEveryLevel : public FrameDelivery {
       ASSERT_EQ(collector.frames.size(), n + 1);
       const vexcap_frame& f = *collector.frames[n];
       std::vector<std::uint8_t> expected = padded_nv12_pattern(n++);
-      if (angle == 180) {
+      EXPECT_EQ(f.pixel_format, VEXCAP_PIXEL_FORMAT_NV12);
+      if (angle == 0) {
+        EXPECT_EQ(f.stride, 656);
+      } else if (angle == 180) {
         ASSERT_TRUE(rotate_half_turn_in_place(layout, expected.data()));
         EXPECT_EQ(f.stride, 656);
       } else {
@@ -166,29 +159,10 @@ class FrameDeliveryAtEveryLevel : public FrameDelivery {
   }
 };
 
+TEST_F(FrameDeliveryAtEveryLevel, UnturnedKeepsTheWholeBufferAndItsStride) { expect_turned_frames(0); }
 TEST_F(FrameDeliveryAtEveryLevel, QuarterTurnClockwise) { expect_turned_frames(90); }
 TEST_F(FrameDeliveryAtEveryLevel, HalfTurnKeepsTheWholeBuffer) { expect_turned_frames(180); }
 TEST_F(FrameDeliveryAtEveryLevel, QuarterTurnCounterclockwise) { expect_turned_frames(270); }
-
-TEST_F(FrameDelivery, PaddedNv12CarriesTheWholeBufferWithItsStride) {
-  stream_infrared([](vc::SourceModel& s) {
-    s.formats = {format(L"NV12", 20)};
-    s.stride_padding = 16;
-  });
-  vc::advance_time(50ms);
-  ASSERT_EQ(collector.frames.size(), 1u);
-  const vexcap_frame& f = *collector.frames[0];
-  EXPECT_EQ(f.pixel_format, VEXCAP_PIXEL_FORMAT_NV12);
-  ASSERT_EQ(f.stride, 656);
-  EXPECT_EQ(f.data[479 * 656 + 639], luma(639, 479, 0));
-  // Chroma at stride x height: U = 64 + i + j, V = 192 + i + 2j for block (i, j).
-  const std::uint8_t* uv = f.data + 656 * 480;
-  for (std::uint32_t j = 0; j < 240; ++j)
-    for (std::uint32_t i = 0; i < 320; ++i) {
-      ASSERT_EQ(uv[j * 656 + 2 * i], static_cast<std::uint8_t>(64 + i + j));
-      ASSERT_EQ(uv[j * 656 + 2 * i + 1], static_cast<std::uint8_t>(192 + i + 2 * j));
-    }
-}
 
 TEST_F(FrameDelivery, IlluminationAlternatesAndTimestampsAreFrameTimeInMicroseconds) {
   stream_infrared([](vc::SourceModel& s) {
@@ -224,34 +198,6 @@ TEST_F(FrameDelivery, MissingMetadataReadsAsLitAnUnreachableSampleAsDark) {
   EXPECT_EQ(collector.frames[1]->illumination, 0);
 }
 
-TEST_F(FrameDelivery, LimitDropsFramesMeasuredAgainstTheLastAcceptedOne) {
-  stream_infrared([](vc::SourceModel& s) { s.formats = {format(L"L8", 20)}; });
-  client_->set_frame_rate_limit(15);  // 16.5 with tolerance: 20 fps is too fast, 10 is not
-  for (int i = 0; i < 5; ++i) vc::advance_time(50ms);
-  // Frames 1, 3, 5 pass (100 ms after the last accepted); 2 and 4 are dropped.
-  ASSERT_EQ(collector.frames.size(), 3u);
-  EXPECT_EQ(collector.frames[1]->timestamp - collector.frames[0]->timestamp, 100000);
-  EXPECT_EQ(collector.frames[2]->timestamp - collector.frames[1]->timestamp, 100000);
-}
-
-TEST_F(FrameDelivery, LimitAcceptsFramesSeventyMillisecondsApart) {
-  stream_infrared([](vc::SourceModel& s) {
-    s.formats = {format(L"L8", 100)};
-    s.formats[0].frame_rate_denominator = 7;  // one frame every 70 ms
-  });
-  client_->set_frame_rate_limit(15);
-  for (int i = 0; i < 4; ++i) vc::advance_time(70ms);
-  EXPECT_EQ(collector.frames.size(), 4u);
-}
-
-TEST_F(FrameDelivery, CallbackAnsweringFalseGetsNoFurtherFrames) {
-  collector.keep_going = false;
-  stream_infrared([](vc::SourceModel& s) { s.formats = {format(L"L8", 20)}; });
-  for (int i = 0; i < 3; ++i) vc::advance_time(50ms);
-  ASSERT_EQ(collector.frames.size(), 1u);
-  EXPECT_EQ(collector.frames[0]->data[1], luma(1, 0, 0));  // still the host's to read
-}
-
 TEST_F(FrameDelivery, UndecodableFramesRaiseTheUnsupportedFormatEvent) {
   stream_infrared([](vc::SourceModel& s) { s.formats = {format(L"L8", 20)}; });
   int raised = 0;
@@ -267,63 +213,81 @@ TEST_F(FrameDelivery, UndecodableFramesRaiseTheUnsupportedFormatEvent) {
   EXPECT_TRUE(collector.frames.empty());
 }
 
-TEST_F(FrameDelivery, Gray16IsDeliveredUnconverted) {
-  stream_infrared([](vc::SourceModel& s) { s.formats = {format(L"L16", 30)}; });
-  vc::advance_time(34ms);
-  ASSERT_EQ(collector.frames.size(), 1u);
-  const vexcap_frame& f = *collector.frames[0];
-  EXPECT_EQ(f.pixel_format, VEXCAP_PIXEL_FORMAT_GRAY16);
-  EXPECT_EQ(f.stride, 1280);
-  // L * 257, little-endian: both bytes equal L.
-  EXPECT_EQ(f.data[479 * 1280 + 2 * 5], luma(5, 479, 0));
-  EXPECT_EQ(f.data[479 * 1280 + 2 * 5 + 1], luma(5, 479, 0));
+// With the limit at 15 (16.5 with its tolerance), each frame is measured against the last
+// accepted one: at 20 fps every second frame passes 100 ms after the last, and 16 fps passes
+// only because of the tolerance.
+struct LimitCase {
+  std::uint32_t fps;
+  int frames;
+  std::size_t accepted;
+  std::int64_t gap;  // between accepted timestamps, microseconds
+};
+
+class LimitedDelivery : public FrameDelivery, public ::testing::WithParamInterface<LimitCase> {};
+
+TEST_P(LimitedDelivery, DropsFramesMeasuredAgainstTheLastAcceptedOne) {
+  const LimitCase c = GetParam();
+  stream_infrared([&](vc::SourceModel& s) { s.formats = {format(L"L8", c.fps)}; });
+  client_->set_frame_rate_limit(15);
+  for (int i = 0; i < c.frames; ++i) vc::advance_time(std::chrono::microseconds(1000000 / c.fps));
+  ASSERT_EQ(collector.frames.size(), c.accepted);
+  for (std::size_t k = 1; k < c.accepted; ++k)
+    EXPECT_EQ(collector.frames[k]->timestamp - collector.frames[k - 1]->timestamp, c.gap);
 }
 
-TEST_F(FrameDelivery, Yuy2IsDeliveredAsNv12WithItsLuma) {
-  stream_colour(L"YUY2");
-  vc::advance_time(34ms);
-  ASSERT_EQ(collector.frames.size(), 1u);
-  const vexcap_frame& f = *collector.frames[0];
-  EXPECT_EQ(f.pixel_format, VEXCAP_PIXEL_FORMAT_NV12);
-  EXPECT_EQ(f.stride, 640);
-  for (std::uint32_t x = 0; x < 640; ++x) ASSERT_EQ(f.data[100 * 640 + x], luma(x, 100, 0));
-}
+INSTANTIATE_TEST_SUITE_P(Rows, LimitedDelivery,
+                         ::testing::Values(LimitCase{20, 5, 3, 100000}, LimitCase{16, 4, 4, 62500}));
 
-TEST_F(FrameDelivery, Bgra8IsDeliveredAsNv12) {
-  stream_colour(L"ARGB32");
-  vc::advance_time(34ms);
-  ASSERT_EQ(collector.frames.size(), 1u);
-  const vexcap_frame& f = *collector.frames[0];
-  EXPECT_EQ(f.pixel_format, VEXCAP_PIXEL_FORMAT_NV12);
-  // Frame 0: R = x, G = y, B = x + y; the camera's integer BT.601 luma.
-  for (std::uint32_t x = 0; x < 640; ++x) {
-    const int r = x % 256, g = 7, b = (x + 7) % 256;
-    ASSERT_EQ(f.data[7 * 640 + x], ((66 * r + 129 * g + 25 * b + 128) >> 8) + 16) << x;
-  }
-}
+// Each subtype arrives in the format the host is promised, with the documented pattern in its
+// first plane: byte b of row y is `expected(b, y)`. A rotation text that is no quarter turn
+// leaves the frame as it is; the camera converts YUY2 and BGRA8 to NV12 for the library.
+struct SubtypeCase {
+  const char* name;
+  bool colour;
+  const wchar_t* subtype;
+  std::optional<std::int32_t> rotation;
+  std::uint32_t pixel_format;
+  std::int32_t stride;
+  std::uint8_t (*expected)(std::uint32_t b, std::uint32_t y);
+};
 
-TEST_F(FrameDelivery, Rgb24IsConvertedByTheLibrary) {
-  stream_colour(L"RGB24");
+class DeliveredSubtype : public FrameDelivery, public ::testing::WithParamInterface<SubtypeCase> {};
+
+TEST_P(DeliveredSubtype, CarriesThePatternInItsFormat) {
+  const SubtypeCase c = GetParam();
+  if (c.colour)
+    stream_colour(c.subtype);
+  else
+    stream_infrared([&](vc::SourceModel& s) { s.formats = {format(c.subtype, 30, c.rotation)}; });
   vc::advance_time(34ms);
   ASSERT_EQ(collector.frames.size(), 1u);
   const vexcap_frame& f = *collector.frames[0];
-  EXPECT_EQ(f.pixel_format, VEXCAP_PIXEL_FORMAT_NV12);
+  EXPECT_EQ(f.pixel_format, c.pixel_format);
   EXPECT_EQ(f.width, 640u);
   EXPECT_EQ(f.height, 480u);
-  std::vector<std::uint8_t> rgb(640 * 480 * 3);
+  ASSERT_EQ(f.stride, c.stride);
   for (std::uint32_t y = 0; y < 480; ++y)
-    for (std::uint32_t x = 0; x < 640; ++x) {
-      std::uint8_t* p = &rgb[(y * 640 + x) * 3];
-      p[0] = static_cast<std::uint8_t>(x);
-      p[1] = static_cast<std::uint8_t>(y);
-      p[2] = static_cast<std::uint8_t>(x + y);
-    }
-  std::vector<std::uint8_t> expected(640 * 480 * 3 / 2);
-  convert_rgb24_plane_to_nv12(rgb.data(), 640, 480, expected.data());
-  EXPECT_EQ(std::vector<std::uint8_t>(f.data, f.data + expected.size()), expected);
-  // Already NV12 when gathered: the buffer path would have reported the camera's Bgra8.
-  EXPECT_TRUE(log.contains("D: Frame Format: 103 (Nv12)"));
+    for (std::uint32_t b = 0; b < static_cast<std::uint32_t>(c.stride); ++b)
+      ASSERT_EQ(f.data[y * c.stride + b], c.expected(b, y)) << "row " << y << " byte " << b;
 }
+
+std::uint8_t gray8(std::uint32_t b, std::uint32_t y) { return luma(b, y, 0); }
+// L * 257, little-endian: both bytes equal L.
+std::uint8_t gray16(std::uint32_t b, std::uint32_t y) { return luma(b / 2, y, 0); }
+// Frame 0 in BGRA: R = x, G = y, B = x + y; the camera's integer BT.601 luma.
+std::uint8_t bgra_luma(std::uint32_t x, std::uint32_t y) {
+  const int r = x % 256, g = y % 256, b = (x + y) % 256;
+  return static_cast<std::uint8_t>(((66 * r + 129 * g + 25 * b + 128) >> 8) + 16);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, DeliveredSubtype,
+    ::testing::Values(
+        SubtypeCase{"Gray8TurnedBy45", false, L"L8", 45, VEXCAP_PIXEL_FORMAT_GRAY8, 640, gray8},
+        SubtypeCase{"Gray16Unconverted", false, L"L16", std::nullopt, VEXCAP_PIXEL_FORMAT_GRAY16, 1280, gray16},
+        SubtypeCase{"Yuy2AsNv12", true, L"YUY2", std::nullopt, VEXCAP_PIXEL_FORMAT_NV12, 640, gray8},
+        SubtypeCase{"Bgra8AsNv12", true, L"ARGB32", std::nullopt, VEXCAP_PIXEL_FORMAT_NV12, 640, bgra_luma}),
+    [](const ::testing::TestParamInfo<SubtypeCase>& info) { return std::string(info.param.name); });
 
 }  // namespace
 }  // namespace vexcap::frames
