@@ -1,5 +1,5 @@
 // Frame readers on the manual clock: frames come at the format's rate, carry the documented
-// pattern and metadata, and only the newest one waits to be acquired.
+// pattern, and only the newest one waits to be acquired.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -107,26 +107,6 @@ TEST(VirtualFrameReader, StoppedFramesFaultKeepsTheReaderRunningWithoutFrames) {
   s.platform.world().set_frames_stopped(false);
   s.advance(kSecond / 10);
   EXPECT_EQ(calls, 3);
-}
-
-TEST(VirtualFrameReader, InfraredFramesAlternateIlluminationAndCarryThePattern) {
-  Stream s(testing::manual_default(), kInfrared);
-  s.reader->set_acquisition_mode(platform::AcquisitionMode::Buffered);
-  s.reader->start();
-  s.advance(kSecond / 15);
-  auto first = s.reader->try_acquire_latest_frame();
-  auto second = s.reader->try_acquire_latest_frame();
-  ASSERT_TRUE(first && second);
-  EXPECT_EQ(first->read_illumination().illumination, 1u);
-  EXPECT_EQ(second->read_illumination().illumination, 0u);
-
-  auto bitmap = second->software_bitmap();
-  EXPECT_EQ(bitmap->pixel_format(), PixelFormat::Gray8);
-  auto locked = bitmap->lock_for_read();
-  ASSERT_EQ(locked->plane_count(), 1);
-  EXPECT_EQ(locked->plane(0).stride, 640);
-  for (int y : {0, 17, 479})
-    for (int x : {0, 3, 639}) EXPECT_EQ(locked->data()[y * 640 + x], luma(x, y, 1)) << x << "," << y;
 }
 
 TEST(VirtualFrameReader, PaddedNv12FramesDescribeTheirPlanes) {
