@@ -10,7 +10,7 @@
 
 #include "common/hresult.h"
 #include "controls/extended_properties.h"
-#include "controls/fakes/fake_source_controller.h"
+#include "fakes/fake_source_controller.h"
 #include "fuzz_log.h"
 
 using namespace vexcap;

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "controls/extension_unit.h"
-#include "controls/fakes/fake_device_platform.h"
+#include "fakes/fake_device_platform.h"
 #include "controls/ks_bytes.h"
 #include "controls/ks_ids.h"
 #include "fuzz_log.h"
