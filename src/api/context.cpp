@@ -43,7 +43,7 @@ Context* current_context() { return g_context.load(std::memory_order_acquire); }
 
 hresult send_request(Context& context, std::uint32_t message, std::uintptr_t wparam,
                      std::intptr_t lparam) {
-  std::lock_guard<std::recursive_mutex> lock(context.request_lock);
+  std::lock_guard<ReentrantMutex> lock(context.request_lock);
   context.transport->send(message, wparam, lparam);
   return context.slots->result.load();
 }

@@ -6,6 +6,7 @@
 
 #include "api/deferred_requests.h"
 #include "api/request_transport.h"
+#include "common/reentrant_mutex.h"
 
 namespace vexcap::client {
 class VexCap;
@@ -18,7 +19,7 @@ struct Context {
   std::unique_ptr<RequestTransport> transport;
   // Held by every export around its send, never by the request thread. Recursive, like the
   // critical section hosts expect.
-  std::recursive_mutex request_lock;
+  ReentrantMutex request_lock;
   // Stops and closes asked for from inside frame callbacks.
   DeferredRequests deferred;
 };

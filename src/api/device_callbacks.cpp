@@ -4,6 +4,7 @@
 #include <mutex>
 #include <string>
 
+#include "common/reentrant_mutex.h"
 #include "log/log.h"
 #include "platform/port.h"
 
@@ -21,16 +22,16 @@ class CallbackGate {
 
   template <typename Call>
   void pass(Call call) {
-    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    std::lock_guard<ReentrantMutex> lock(mutex_);
     if (open_) call(callbacks_, context_, subscription_);
   }
   void shut() {
-    std::lock_guard<std::recursive_mutex> lock(mutex_);
+    std::lock_guard<ReentrantMutex> lock(mutex_);
     open_ = false;
   }
 
  private:
-  std::recursive_mutex mutex_;
+  ReentrantMutex mutex_;
   bool open_ = true;  // guarded by mutex_
   const vexcap_device_callbacks callbacks_;
   void* const context_;

@@ -31,7 +31,7 @@ int request_with_selector(vexcap_device* device, std::uint32_t selector, std::ui
                           std::uintptr_t wparam) {
   Context* context = current_context();
   if (context == nullptr) return VEXCAP_E_INVALID_STATE;
-  std::lock_guard<std::recursive_mutex> lock(context->request_lock);
+  std::lock_guard<ReentrantMutex> lock(context->request_lock);
   device->stream_selector = selector;
   return to_result_code(send_request(*context, message, wparam, as_lparam(device)));
 }
@@ -134,7 +134,7 @@ VEXCAP_API int vexcap_is_vidpid_used_by_device(const wchar_t* group_id, const wc
   Context* context = current_context();
   if (context == nullptr) return 0;
   VidPidArgs args{vid, pid};
-  std::lock_guard<std::recursive_mutex> lock(context->request_lock);
+  std::lock_guard<ReentrantMutex> lock(context->request_lock);
   context->slots->boolean = 0;
   context->transport->send(kMsgVidPidUsed, as_wparam(group_id), as_lparam(&args));
   return context->slots->boolean.load() != 0 ? 1 : 0;
