@@ -218,17 +218,7 @@ std::vector<Applied> applied() {
   return result;
 }
 
-class ControlExport : public testing::LibraryTest, public ::testing::WithParamInterface<ControlCase> {
- protected:
-  void TearDown() override {
-    if (device_ != nullptr) {
-      EXPECT_EQ(vexcap_device_close(device_), VEXCAP_OK);
-    }
-    LibraryTest::TearDown();
-  }
-  vexcap_device* device_ = nullptr;
-  testing::LogCapture log;
-};
+class ControlExport : public testing::OpenDeviceCase<ControlCase> {};
 
 TEST_P(ControlExport, AnswersAppliesAndReadsBack) {
   const ControlCase& c = GetParam();

@@ -298,17 +298,7 @@ const PropertyCase kCases[] = {
      [] { EXPECT_FALSE(live_group().sources.at(kInfrared).torch->enabled); }},
 };
 
-class DeviceProperty : public testing::LibraryTest, public ::testing::WithParamInterface<PropertyCase> {
- protected:
-  void TearDown() override {
-    if (device_ != nullptr) {
-      EXPECT_EQ(vexcap_device_close(device_), VEXCAP_OK);
-    }
-    LibraryTest::TearDown();
-  }
-  vexcap_device* device_ = nullptr;
-  testing::LogCapture log;
-};
+class DeviceProperty : public testing::OpenDeviceCase<PropertyCase> {};
 
 TEST_P(DeviceProperty, AnswersLogsAndReachesTheCamera) {
   const PropertyCase& c = GetParam();

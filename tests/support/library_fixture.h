@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/virtual/virtual_camera.h"
+#include "support/log_capture.h"
 #include "platform/virtual/virtual_platform.h"
 #include "vexcap/vexcap.h"
 
@@ -37,6 +38,21 @@ class LibraryTest : public ::testing::Test {
   static virtual_camera::VirtualRuntime& runtime() {
     return virtual_camera::virtual_platform().runtime();
   }
+};
+
+// A table-driven case on one opened device, closed (and the close checked) after the case; the
+// log is captured.
+template <typename Case>
+class OpenDeviceCase : public LibraryTest, public ::testing::WithParamInterface<Case> {
+ protected:
+  void TearDown() override {
+    if (device_ != nullptr) {
+      EXPECT_EQ(vexcap_device_close(device_), VEXCAP_OK);
+    }
+    LibraryTest::TearDown();
+  }
+  vexcap_device* device_ = nullptr;
+  LogCapture log;
 };
 
 }  // namespace vexcap::testing
