@@ -12,6 +12,7 @@
 #include <thread>
 
 #include "platform/virtual/virtual_camera.h"
+#include "support/crash_report.h"
 #include "support/process_footprint.h"
 #include "vexcap/vexcap.h"
 
@@ -60,6 +61,7 @@ Footprint settled_footprint(int thread_ceiling) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  vexcap::testing::print_stack_on_crash();
   long long cycles = 10000;
   for (int i = 1; i + 1 < argc; i += 2) {
     if (std::strcmp(argv[i], "--cycles") == 0) {

@@ -17,6 +17,7 @@
 #include "stress/stress_state.h"
 #include "stress/timed_call.h"
 #include "stress/watchdog.h"
+#include "support/crash_report.h"
 #include "support/process_footprint.h"
 #include "vexcap/vexcap.h"
 
@@ -125,6 +126,8 @@ struct Row {
 }  // namespace
 
 int main(int argc, char** argv) {
+  vexcap::testing::print_stack_on_crash();
+  std::setvbuf(stdout, nullptr, _IONBF, 0);  // what was printed survives a crash
   const Options options = parse(argc, argv);
   std::printf("vexcap_stress: %d s, seed %llu, %d host threads\n", options.seconds,
               static_cast<unsigned long long>(options.seed), options.threads);

@@ -11,11 +11,17 @@ extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #include <malloc.h>
 #endif
 
+#ifdef _WIN32
+#include <windows.h>
+// After windows.h, which it needs.
+#include <tlhelp32.h>
+#endif
+
 namespace vexcap::testing {
 
 namespace {
 
-// Linux tells through /proc; elsewhere (Wine) the figures are unknown.
+// Linux tells through /proc; elsewhere the figures are unknown (threads aside on Windows).
 int count_entries(const char* directory) {
 #if !defined(__linux__)
   (void)directory;
@@ -27,6 +33,22 @@ int count_entries(const char* directory) {
        !error && it != std::filesystem::directory_iterator(); it.increment(error))
     ++count;
   return error ? -1 : count;
+}
+
+int threads_running() {
+#ifdef _WIN32
+  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  if (snapshot == INVALID_HANDLE_VALUE) return -1;
+  THREADENTRY32 entry{};
+  entry.dwSize = sizeof entry;
+  int count = 0;
+  for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry))
+    count += entry.th32OwnerProcessID == GetCurrentProcessId();
+  CloseHandle(snapshot);
+  return count;
+#else
+  return count_entries("/proc/self/task");
+#endif
 }
 
 long long heap_in_use() {
@@ -43,7 +65,7 @@ long long heap_in_use() {
 }  // namespace
 
 Footprint Footprint::now() {
-  return {heap_in_use(), count_entries("/proc/self/task"), count_entries("/proc/self/fd")};
+  return {heap_in_use(), threads_running(), count_entries("/proc/self/fd")};
 }
 
 std::string Footprint::text() const {
