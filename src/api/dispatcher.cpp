@@ -1,5 +1,8 @@
 #include "api/dispatcher.h"
 
+#include <exception>
+#include <new>
+
 #include "api/device.h"
 #include "api/device_events.h"
 #include "api/messages.h"
@@ -41,6 +44,14 @@ hresult Dispatcher::handle(std::uint32_t message, std::uintptr_t wparam, std::in
   } catch (const platform::PlatformError& error) {
     VXLOG('E', "exception: %ws", error.message().c_str());
     return error.code();
+  } catch (const std::bad_alloc&) {
+    VXLOG('E', "exception: out of memory");
+    return HR_OUTOFMEMORY;
+  } catch (const std::exception& error) {
+    // Never out of the request thread: a window procedure's exception is swallowed by the
+    // system halfway through its unwinding, a POSIX thread's ends the process.
+    VXLOG('E', "exception: %s", error.what());
+    return HR_FAIL;
   }
 }
 

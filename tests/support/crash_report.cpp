@@ -25,7 +25,7 @@ void print_frame(int depth, DWORD64 address) {
 }
 
 // Walks the faulting thread from the fault's own context with the unwind tables.
-LONG WINAPI report_and_end(EXCEPTION_POINTERS* info) {
+void print_stack(EXCEPTION_POINTERS* info) {
   std::fprintf(stderr, "CRASH: exception 0x%08lx at 0x%p, thread %lu\n", info->ExceptionRecord->ExceptionCode,
                info->ExceptionRecord->ExceptionAddress, GetCurrentThreadId());
   CONTEXT context = *info->ContextRecord;
@@ -44,12 +44,39 @@ LONG WINAPI report_and_end(EXCEPTION_POINTERS* info) {
                      nullptr);
   }
   std::fflush(stderr);
+}
+
+LONG WINAPI report_and_end(EXCEPTION_POINTERS* info) {
+  print_stack(info);
   return EXCEPTION_EXECUTE_HANDLER;  // ends the process with the exception's code
+}
+
+bool in_this_program(const void* address) {
+  HMODULE module = nullptr;
+  return GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                            static_cast<LPCSTR>(address), &module) &&
+         module == GetModuleHandleA(nullptr);
+}
+
+// A fault in a window procedure never reaches the unhandled-exception filter: the system
+// swallows it at the callback boundary and the program runs on with whatever state the handler
+// left. A fault in the program's own code is therefore reported at first chance as well.
+LONG WINAPI report_own_fault(EXCEPTION_POINTERS* info) {
+  const DWORD code = info->ExceptionRecord->ExceptionCode;
+  const bool fault = code == EXCEPTION_ACCESS_VIOLATION || code == EXCEPTION_ILLEGAL_INSTRUCTION ||
+                     code == EXCEPTION_STACK_OVERFLOW || code == EXCEPTION_INT_DIVIDE_BY_ZERO ||
+                     code == EXCEPTION_PRIV_INSTRUCTION;
+  if (!fault || !in_this_program(info->ExceptionRecord->ExceptionAddress)) return EXCEPTION_CONTINUE_SEARCH;
+  print_stack(info);
+  return EXCEPTION_CONTINUE_SEARCH;
 }
 
 }  // namespace
 
-void print_stack_on_crash() { SetUnhandledExceptionFilter(report_and_end); }
+void print_stack_on_crash() {
+  AddVectoredExceptionHandler(1, report_own_fault);
+  SetUnhandledExceptionFilter(report_and_end);
+}
 
 }  // namespace vexcap::testing
 
