@@ -4,7 +4,8 @@
 #include <functional>
 #include <mutex>
 #include <optional>
-#include <shared_mutex>
+#include <mutex>
+#include <shared_mutex>  // std::shared_lock
 #include <utility>
 
 #include "stress/timed_call.h"
@@ -64,14 +65,14 @@ bool on_frame(vexcap_frame* frame, void* context) {
     return false;
   }
   if (roll < 1070) {  // stop from inside the callback
-    std::shared_lock<std::shared_mutex> lock(slot.lock, std::try_to_lock);
+    std::shared_lock<SlotLock> lock(slot.lock, std::try_to_lock);
     if (lock.owns_lock() && slot.device != nullptr) {
       state.counters.stops_in_callback.fetch_add(1);
       timed_call(state, "vexcap_stop_streaming", kMappedCodes,
                  [&] { return vexcap_stop_streaming(slot.device); });
     }
   } else if (roll < 1075) {  // close from inside the callback
-    std::unique_lock<std::shared_mutex> lock(slot.lock, std::try_to_lock);
+    std::unique_lock<SlotLock> lock(slot.lock, std::try_to_lock);
     if (lock.owns_lock() && slot.device != nullptr) {
       state.counters.closes_in_callback.fetch_add(1);
       timed_call(state, "vexcap_device_close", kMappedCodes,
@@ -125,7 +126,7 @@ std::optional<std::pair<DeviceSlot*, int>> on_device(HostContext& host, const ch
     return std::nullopt;
   }
   DeviceSlot& slot = state.slots[pick(host.rng, 2)];
-  std::shared_lock<std::shared_mutex> lock(slot.lock);
+  std::shared_lock<SlotLock> lock(slot.lock);
   if (slot.device != nullptr)
     return std::make_pair(&slot, timed_call(state, name, kMappedCodes, [&] { return call(slot.device); }));
   vexcap_device nowhere{slot.mode, 0, 0};  // no device behind it: an error, never a crash
@@ -153,7 +154,7 @@ void open_device(StressState& state, DeviceSlot& slot) {
 void open_or_close(HostContext& host) {
   StressState& state = host.state;
   DeviceSlot& slot = state.slots[pick(host.rng, 2)];
-  std::unique_lock<std::shared_mutex> lock(slot.lock);
+  std::unique_lock<SlotLock> lock(slot.lock);
   if (slot.device == nullptr) {
     open_device(state, slot);
   } else {
@@ -168,10 +169,10 @@ void reopen_if_closed(HostContext& host) {
   StressState& state = host.state;
   DeviceSlot& slot = state.slots[pick(host.rng, 2)];
   {
-    std::shared_lock<std::shared_mutex> look(slot.lock);
+    std::shared_lock<SlotLock> look(slot.lock);
     if (slot.device != nullptr && !slot.needs_reopen.load()) return;
   }
-  std::unique_lock<std::shared_mutex> lock(slot.lock);
+  std::unique_lock<SlotLock> lock(slot.lock);
   if (slot.device != nullptr && slot.needs_reopen.exchange(false)) {
     state.counters.reopens.fetch_add(1);
     timed_call(state, "vexcap_device_close", kMappedCodes, [&] { return vexcap_device_close(slot.device); });

@@ -10,7 +10,7 @@
 #include <mutex>
 #include <random>
 #include <set>
-#include <shared_mutex>
+#include "stress/slot_lock.h"
 #include <string>
 #include <vector>
 
@@ -24,7 +24,7 @@ using Clock = std::chrono::steady_clock;
 // the handle hold the lock shared; open and close hold it exclusively, so no call ever sees a
 // freed handle (that would be the host's bug, not the library's).
 struct DeviceSlot {
-  std::shared_mutex lock;
+  SlotLock lock;
   vexcap_device* device = nullptr;  // guarded by lock
   std::int64_t opened_us = 0;       // guarded by lock: when device was opened
   std::uint32_t mode = 0;
