@@ -224,9 +224,7 @@ TEST_P(ControlExport, AnswersAppliesAndReadsBack) {
   const ControlCase& c = GetParam();
   vc::Scenario scenario = vc::default_scenario();
   c.camera(scenario);
-  device_ = open_camera(scenario, c.stream_mode);
-  ASSERT_NE(device_, nullptr);
-  log.resume();
+  ASSERT_NE(open(c.stream_mode, scenario), nullptr);
   vc::clear_records();
   c.live();
 

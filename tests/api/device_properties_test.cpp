@@ -304,9 +304,7 @@ TEST_P(DeviceProperty, AnswersLogsAndReachesTheCamera) {
   const PropertyCase& c = GetParam();
   vc::Scenario scenario = vc::default_scenario();
   c.camera(scenario);
-  device_ = open_camera(scenario, c.stream_mode);
-  ASSERT_NE(device_, nullptr);
-  log.resume();  // opening switched the output off
+  ASSERT_NE(open(c.stream_mode, scenario), nullptr);
   vc::clear_records();
   c.live();
 
@@ -327,25 +325,12 @@ TEST_P(DeviceProperty, AnswersLogsAndReachesTheCamera) {
 INSTANTIATE_TEST_SUITE_P(Rows, DeviceProperty, ::testing::ValuesIn(kCases),
                          [](const ::testing::TestParamInfo<PropertyCase>& info) { return info.param.name; });
 
-class DeviceProperties : public testing::LibraryTest {
+class DeviceProperties : public testing::OpenDevice {
  protected:
-  void TearDown() override {
-    if (device_ != nullptr) {
-      EXPECT_EQ(vexcap_device_close(device_), VEXCAP_OK);
-    }
-    LibraryTest::TearDown();
-  }
-  vexcap_device* open(std::uint32_t stream_mode, vc::Scenario scenario = vc::default_scenario()) {
-    device_ = open_camera(std::move(scenario), stream_mode);
-    log.resume();
-    return device_;
-  }
   static int set(vexcap_device* device, std::uint32_t id, std::uint32_t value) {
     vexcap_property property{id, value};
     return vexcap_set_dev_property(device, &property);
   }
-  vexcap_device* device_ = nullptr;
-  testing::LogCapture log;
 };
 
 TEST_F(DeviceProperties, DiagnosticLogSwitchesOutputOnAndOff) {

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "platform/virtual/virtual_camera.h"
 #include "support/log_capture.h"
 #include "platform/virtual/virtual_platform.h"
@@ -40,10 +42,9 @@ class LibraryTest : public ::testing::Test {
   }
 };
 
-// A table-driven case on one opened device, closed (and the close checked) after the case; the
-// log is captured.
-template <typename Case>
-class OpenDeviceCase : public LibraryTest, public ::testing::WithParamInterface<Case> {
+// A test on one opened device, closed (and the close checked) after the test; the log is
+// captured.
+class OpenDevice : public LibraryTest {
  protected:
   void TearDown() override {
     if (device_ != nullptr) {
@@ -51,8 +52,19 @@ class OpenDeviceCase : public LibraryTest, public ::testing::WithParamInterface<
     }
     LibraryTest::TearDown();
   }
+  // Opens the first group of `scenario`; null (with a failure recorded) when that fails.
+  vexcap_device* open(std::uint32_t stream_mode,
+                      virtual_camera::Scenario scenario = virtual_camera::default_scenario()) {
+    device_ = open_camera(std::move(scenario), stream_mode);
+    log.resume();  // opening switched the output off
+    return device_;
+  }
   vexcap_device* device_ = nullptr;
   LogCapture log;
 };
+
+// The same for a table-driven case.
+template <typename Case>
+class OpenDeviceCase : public OpenDevice, public ::testing::WithParamInterface<Case> {};
 
 }  // namespace vexcap::testing
