@@ -99,7 +99,7 @@ void deliver(benchmark::State& state, const Stream& stream, Cache cache) {
   std::vector<vc::FrameContents> frames;
   for (std::size_t n = 0; n < count; ++n)
     frames.push_back(vc::make_frame_contents(format, std::nullopt, n, 0,
-                                             vc::IlluminationMetadata::AlwaysOn, 0, false));
+                                             vc::IlluminationMetadata::AlwaysOn, vc::FrameLayoutModel{}, false));
   ReplayReader reader(std::move(frames));
 
   for (auto _ : state) benchmark::DoNotOptimize(frames::deliver_newest_frame(*client, reader));

@@ -28,6 +28,18 @@ class Probe {
     settings_.memory_preference = platform::MemoryPreference::Cpu;
     settings_.streaming_capture_mode = platform::StreamingCaptureMode::Video;
   }
+  // The pass's session ends with the pass: exclusive control is free again at once.
+  ~Probe() {
+    try {
+      if (reader_) reader_->close();
+      reader_.reset();
+      capture_->close();
+    } catch (const PlatformError& error) {
+      VXLOG('W', "Capture teardown step failed: %ws", error.message().c_str());
+    }
+  }
+  Probe(const Probe&) = delete;
+  Probe& operator=(const Probe&) = delete;
 
   // Opens the session, reads the source a client's reader would read and starts it. A frame
   // sets `seen` and ends the pass's wait.

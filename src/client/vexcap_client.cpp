@@ -31,6 +31,18 @@ platform::SharingMode sharing_mode_for(std::uint32_t stream_mode) {
   }
 }
 
+// One step of tearing a capture down: a platform failure is logged and the teardown goes on.
+template <typename Step>
+bool teardown_step(Step step) {
+  try {
+    step();
+    return true;
+  } catch (const PlatformError& error) {
+    VXLOG('W', "Capture teardown step failed: %ws", error.message().c_str());
+    return false;
+  }
+}
+
 }  // namespace
 
 std::shared_ptr<VexCap> VexCap::create(std::uint32_t stream_mode) {
@@ -45,6 +57,7 @@ VexCap::~VexCap() {
   capture_settings_.reset();
   const hresult cleared = clear();
   if (failed(cleared)) VXLOG('W', "Failed clearing VexCap: %08x", cleared);
+  release_capture();  // what clear leaves standing (a client switched off with property 18)
   xu_control_.reset();  // stops its notifier and shuts its device source down
   property_controller_.reset();
   source_group_.reset();
@@ -366,35 +379,53 @@ hresult VexCap::stop_streaming() {
 
 hresult VexCap::clear() {
   if (rgb_disabled_ || !initialized_) return HR_OK;
+  // Every step runs whatever the earlier ones met, so nothing outlives a clear; a failure
+  // anywhere is still answered.
+  bool whole = true;
   try {
     const hresult stopped = stop_streaming();
     if (failed(stopped)) VXLOG('W', "Failed stopping streaming: %08x", stopped);
-  } catch (const PlatformError&) {
-    return HR_FAIL;
+  } catch (const PlatformError& error) {
+    VXLOG('W', "Failed stopping streaming: %ws", error.message().c_str());
+    whole = false;
   }
-  try {
-    if (frame_reader_) {
-      frame_reader_->close();
-      frame_reader_.reset();
-    }
-    if (capture_) {
-      if (exclusive_control_token_ != 0) {
-        capture_->remove_exclusive_control_status_changed(exclusive_control_token_);
-        exclusive_control_token_ = 0;
-      }
-      capture_->close_frame_sources();
-      capture_.reset();
-    }
-    initialized_ = false;
-    if (source_group_) {
-      source_group_->close();
-      source_group_.reset();
-    }
-    format_table_.clear();
-    return HR_OK;
-  } catch (const PlatformError&) {
-    return HR_FAIL;
+  whole = release_capture() && whole;
+  initialized_ = false;
+  if (source_group_) {
+    whole = teardown_step([&] { source_group_->close(); }) && whole;
+    source_group_.reset();
   }
+  format_table_.clear();
+  return whole ? HR_OK : HR_FAIL;
+}
+
+bool VexCap::release_capture() {
+  bool whole = true;
+  if (frame_reader_) {
+    whole = teardown_step([&] { frame_reader_->close(); }) && whole;
+    frame_reader_.reset();
+    frame_arrived_token_ = 0;
+  }
+  if (capture_) {
+    if (exclusive_control_token_ != 0) {
+      whole = teardown_step([&] { capture_->remove_exclusive_control_status_changed(exclusive_control_token_); }) && whole;
+      exclusive_control_token_ = 0;
+    }
+    if (failed_token_ != 0) {
+      whole = teardown_step([&] { capture_->remove_failed(failed_token_); }) && whole;
+      failed_token_ = 0;
+    }
+    whole = teardown_step([&] { capture_->close_frame_sources(); }) && whole;
+  }
+  // Sources and controllers hold on to the session: they go before the capture closes.
+  frame_source_.reset();
+  second_source_.reset();
+  property_controller_.reset();
+  if (capture_) {
+    whole = teardown_step([&] { capture_->close(); }) && whole;
+    capture_.reset();
+  }
+  return whole;
 }
 
 }  // namespace vexcap::client

@@ -48,7 +48,9 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   hresult enable_stream_type(std::int32_t format_index, std::uint32_t apply_flag);
   hresult start_streaming(vexcap_frame_callback callback, void* context);
   hresult stop_streaming();
-  // Tears the capture instance down (device close, destruction).
+  // Tears the capture instance down (device close, destruction): readers stopped and closed,
+  // sources and controllers dropped, then the capture closed, each step whatever the others
+  // met. Exclusive control is free once it returns.
   hresult clear();
 
   // Capture failures are handed to the request thread: the notifier sends the recovery request
@@ -123,6 +125,10 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
       const std::vector<std::shared_ptr<platform::SourceGroup>>& groups, const std::wstring& id,
       platform::SourceKind kind);
   void subscribe_to_capture_failures();
+  // Closes and drops the reader, the subscriptions, the frame sources with their controllers
+  // and the capture, in that order; every step runs whatever the earlier ones met. False when
+  // any platform call failed (each is logged).
+  bool release_capture();
   void load_extension_unit(std::uint32_t reader_kind);
   void switch_llc_on();
   hresult on_frame_arrived(platform::FrameReader& reader);

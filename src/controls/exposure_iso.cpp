@@ -15,7 +15,8 @@ constexpr std::uint32_t kAutoExposureOn = 513;
 
 // Fetched afresh at every step: nothing is cached between calls.
 std::shared_ptr<platform::ExposureControl> exposure_control(client::VexCap& client) {
-  return client.frame_source()->controller()->exposure_control();
+  const std::shared_ptr<platform::FrameSource> source = client.frame_source();
+  return source ? source->controller()->exposure_control() : nullptr;
 }
 
 std::shared_ptr<platform::IsoSpeedControl> iso_speed_control(platform::FrameSource& source) {

@@ -13,11 +13,13 @@ namespace {
 
 // Fetched afresh at every step: nothing is cached between calls.
 std::shared_ptr<platform::TorchControl> torch_control(client::VexCap& client) {
-  return client.frame_source()->controller()->torch_control();
+  const std::shared_ptr<platform::FrameSource> source = client.frame_source();
+  return source ? source->controller()->torch_control() : nullptr;
 }
 
 std::shared_ptr<platform::InfraredTorchControl> infrared_torch_control(client::VexCap& client) {
-  return client.frame_source()->controller()->infrared_torch_control();
+  const std::shared_ptr<platform::FrameSource> source = client.frame_source();
+  return source ? source->controller()->infrared_torch_control() : nullptr;
 }
 
 bool torch_supported(client::VexCap& client) {

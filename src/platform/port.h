@@ -339,6 +339,10 @@ class Capture {
   // The Media Foundation shutdown test: nullopt when the object is no IMFShutdown, else the
   // result of its Shutdown call.
   virtual std::optional<hresult> shutdown_if_supported() = 0;
+  // IClosable::Close: the session is released at once (exclusive control is free the moment
+  // this returns); the object answers nothing afterwards. Releasing without it leaves the
+  // teardown to the platform's own threads, some time later.
+  virtual void close() = 0;
 };
 
 // ---- Kernel streaming (Media Foundation device sources) --------------------------------------

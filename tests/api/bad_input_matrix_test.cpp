@@ -149,15 +149,12 @@ class BadInputMatrix : public testing::LibraryTest {
 
   // Runs `rounds` passes of `pass` after a first one, which warms caches and lazily made
   // threads up, and expects the process to hold no more afterwards than after that first pass.
-  // The virtual camera's own records of requests are emptied before each sample. The slack
-  // covers the per-thread caches of glibc's allocator (a few KB either way); the sanitizers'
+  // The slack covers the per-thread caches of glibc's allocator (a few KB either way); the sanitizers'
   // count is exact, so there any leak of a call shows over the rounds.
   static void expect_nothing_left(const std::string& what, int rounds, const std::function<void()>& pass) {
     pass();
-    vc::clear_records();
     const Footprint before = Footprint::now();
     for (int i = 0; i < rounds; ++i) pass();
-    vc::clear_records();
     // Threads the last pass ended may still be on their way out, holding their own blocks.
     Footprint after = Footprint::now();
     for (int i = 0; i < 100 && !after.within(before, 16 * 1024); ++i) {

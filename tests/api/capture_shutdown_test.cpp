@@ -29,6 +29,7 @@ class ReportingCapture final : public platform::Capture {
     ++shutdown_queries;
     return shutdown_;
   }
+  void close() override { unused(); }
   int shutdown_queries = 0;
 
  private:

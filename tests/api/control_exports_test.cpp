@@ -218,7 +218,13 @@ std::vector<Applied> applied() {
   return result;
 }
 
-class ControlExport : public testing::OpenDeviceCase<ControlCase> {};
+class ControlExport : public testing::OpenDeviceCase<ControlCase> {
+ protected:
+  void SetUp() override {
+    OpenDeviceCase::SetUp();
+    vc::set_recording(true);  // the rows check the controls the camera applied
+  }
+};
 
 TEST_P(ControlExport, AnswersAppliesAndReadsBack) {
   const ControlCase& c = GetParam();

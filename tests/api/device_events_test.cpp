@@ -80,6 +80,10 @@ int exclusive_sessions() { return vc::session_count(group_id(), platform::Sharin
 
 class DeviceEvents : public testing::LibraryTest {
  protected:
+  void SetUp() override {
+    LibraryTest::SetUp();
+    vc::set_recording(true);  // what the library asked of the camera
+  }
   // The infrared reader: its source carries the face-auth mode.
   void open() {
     device_ = open_default_camera(VEXCAP_STREAM_MODE_EXCLUSIVE);

@@ -298,7 +298,14 @@ const PropertyCase kCases[] = {
      [] { EXPECT_FALSE(live_group().sources.at(kInfrared).torch->enabled); }},
 };
 
-class DeviceProperty : public testing::OpenDeviceCase<PropertyCase> {};
+// The rows check what the library asked of the camera: its requests are recorded.
+class DeviceProperty : public testing::OpenDeviceCase<PropertyCase> {
+ protected:
+  void SetUp() override {
+    OpenDeviceCase::SetUp();
+    vc::set_recording(true);
+  }
+};
 
 TEST_P(DeviceProperty, AnswersLogsAndReachesTheCamera) {
   const PropertyCase& c = GetParam();
@@ -327,6 +334,10 @@ INSTANTIATE_TEST_SUITE_P(Rows, DeviceProperty, ::testing::ValuesIn(kCases),
 
 class DeviceProperties : public testing::OpenDevice {
  protected:
+  void SetUp() override {
+    OpenDevice::SetUp();
+    vc::set_recording(true);
+  }
   static int set(vexcap_device* device, std::uint32_t id, std::uint32_t value) {
     vexcap_property property{id, value};
     return vexcap_set_dev_property(device, &property);

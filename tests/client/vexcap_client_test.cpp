@@ -57,7 +57,10 @@ std::wstring default_group_id() { return *vc::default_scenario().groups.at(0).id
 
 class CaptureClient : public ::testing::Test {
  protected:
-  void SetUp() override { vc::reset(); }
+  void SetUp() override {
+    vc::reset();
+    vc::set_recording(true);
+  }
   void TearDown() override { vc::reset(); }
   // A client whose log lines the test sees.
   std::shared_ptr<VexCap> create(std::uint32_t stream_mode) {

@@ -18,6 +18,7 @@ constexpr std::size_t kColor = 1;
 struct Controls {
   explicit Controls(Scenario scenario = default_scenario(), std::size_t source = kInfrared) {
     platform.world().use_scenario(std::move(scenario));
+    platform.world().set_recording(true);
     capture = testing::open_session(platform, SharingMode::ExclusiveControl);
     controller = capture->frame_sources().at(source)->controller();
   }

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "platform/virtual/pixel_image.h"
 #include "virtual_camera/virtual_test_support.h"
 
 namespace vexcap::virtual_camera {
@@ -169,7 +170,7 @@ TEST(VirtualFrameReader, Nv12ReaderConvertsYuy2Frames) {
   EXPECT_EQ(d[640 * 480 + j * 640 + 2 * i + 1], 192 + i + 4 * j + 1);
 }
 
-TEST(VirtualFrameReader, RemovedDeviceEndsFramesAndRefusesStart) {
+TEST(VirtualFrameReader, RemovedDeviceEndsFramesAndDisconnectsTheReader) {
   Stream s(testing::manual_default(), kInfrared);
   int calls = 0;
   s.reader->add_frame_arrived([&](FrameReader&) { return ++calls, HR_OK; });
@@ -177,8 +178,55 @@ TEST(VirtualFrameReader, RemovedDeviceEndsFramesAndRefusesStart) {
   s.platform.world().remove_group(testing::default_group_id());
   s.advance(kSecond);
   EXPECT_EQ(calls, 0);
-  s.reader->stop();
+  for (auto call : {+[](FrameReader& r) { r.stop(); }, +[](FrameReader& r) { r.start(); }}) {
+    try {
+      call(*s.reader);
+      ADD_FAILURE() << "a call on a removed camera's reader succeeded";
+    } catch (const platform::PlatformError& error) {
+      EXPECT_EQ(error.code(), HR_DISCONNECTED);
+    }
+  }
+  s.reader->close();  // closing still works
+}
+
+TEST(VirtualFrameReader, DisabledDeviceStartsWithDeviceNotAvailable) {
+  Stream s(testing::manual_default(), kInfrared);
+  s.platform.world().set_group_enabled(testing::default_group_id(), false);
   EXPECT_EQ(s.reader->start(), platform::ReaderStartStatus::DeviceNotAvailable);
+}
+
+// 1080 rows laid out in 1088: the chroma plane starts where plane 1 says, not at 1080 rows.
+TEST(VirtualFrameReader, Nv12PlanesMayBeLaidOutOverMoreRowsThanTheFrameHas) {
+  Scenario scenario = testing::manual_default();
+  scenario.groups[0].sources[kColor].current_format = 2;  // NV12 1920x1080, padded to 16 rows
+  ASSERT_EQ(scenario.groups[0].sources[kColor].nv12_plane_rows_alignment, 16u);
+  Stream s(scenario, kColor, SharingMode::ExclusiveControl, L"NV12");
+  s.reader->start();
+  s.advance(kSecond / 30);
+  auto locked = s.reader->try_acquire_latest_frame()->software_bitmap()->lock_for_read();
+  ASSERT_EQ(locked->plane_count(), 2);
+  EXPECT_EQ(locked->plane(0).stride, 1920);
+  EXPECT_EQ(locked->plane(1).start_index, 1920 * 1088);
+  EXPECT_EQ(locked->plane(1).stride, 1920);
+  EXPECT_EQ(locked->capacity(), 1920u * (1088u + 540u));
+  const std::uint8_t* d = locked->data();
+  EXPECT_EQ(d[1079 * 1920 + 7], luma(7, 1079, 0));
+  for (int row = 1080; row < 1088; ++row) EXPECT_EQ(d[row * 1920 + 100], 0) << row;
+  // Block (i, j) = (5, 539): U = 64 + i + j, V = 192 + i + 2j (mod 256).
+  EXPECT_EQ(d[1920 * 1088 + 539 * 1920 + 10], (64 + 5 + 539) % 256);
+  EXPECT_EQ(d[1920 * 1088 + 539 * 1920 + 11], (192 + 5 + 2 * 539) % 256);
+
+  // Heights that are multiples of 16 keep the plain layout.
+  EXPECT_EQ(pattern_image(PixelFormat::Nv12, 640, 480, 0, 0, 16).planes()[1].start_index, 640 * 480);
+}
+
+TEST(VirtualFrameReader, AGreySourceMayRefuseAnNv12Reader) {
+  Scenario scenario = testing::manual_default();
+  scenario.groups[0].sources[kInfrared].refuses_nv12 = true;
+  Stream nv12(scenario, kInfrared, SharingMode::ExclusiveControl, L"NV12");
+  EXPECT_EQ(nv12.reader->start(), platform::ReaderStartStatus::OutputFormatNotSupported);
+  Stream plain(scenario, kInfrared);
+  EXPECT_EQ(plain.reader->start(), platform::ReaderStartStatus::Success);
 }
 
 TEST(VirtualFrameReader, AReaderStoppedAndReleasedFromItsOwnHandlerEndsCleanly) {

@@ -42,6 +42,7 @@ Bytes ksp_node(const Guid& set, std::uint32_t id, std::uint32_t flags, std::uint
 struct Device {
   explicit Device(Scenario scenario = default_scenario(), const Guid& category = ids::kCategorySensorCamera) {
     platform.world().use_scenario(std::move(scenario));
+    platform.world().set_recording(true);
     std::shared_ptr<platform::Attributes> attributes;
     EXPECT_EQ(platform.create_attributes(2, attributes), HR_OK);
     attributes->set_guid(ids::kSourceType, ids::kSourceTypeVidcap);

@@ -28,6 +28,7 @@ hresult initialize_error(VirtualPlatform& platform, SharingMode mode) {
 
 TEST(VirtualSharingRules, SharedSessionReadsButCannotChangeAnything) {
   VirtualPlatform platform;
+  platform.world().set_recording(true);
   auto shared = open_session(platform, SharingMode::SharedReadOnly);
   auto source = shared->frame_sources().at(kInfrared);
 

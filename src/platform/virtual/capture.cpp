@@ -14,23 +14,42 @@ using platform::SharingMode;
 
 VirtualCapture::VirtualCapture(std::shared_ptr<World> world) : world_(std::move(world)) {}
 
-VirtualCapture::~VirtualCapture() { world_->close_session(this); }
+VirtualCapture::~VirtualCapture() {
+  if (session_open_) world_->release_session(this);
+}
 
 void VirtualCapture::require_ready() {
+  if (closed_) throw PlatformError(ids::kClosed, L"The object has been closed.");
   if (shut_down_) throw PlatformError(ids::kShutdown, L"The object has been shut down.");
   if (!initialized_) throw PlatformError(ids::kIllegalMethodCall, L"MediaCapture is not initialized.");
+  require_connected();
+}
+
+void VirtualCapture::require_connected() {
+  std::lock_guard world_lock(world_->mutex());
+  if (group_ && group_->removed) throw PlatformError(HR_DISCONNECTED, L"The object invoked has disconnected from its clients.");
 }
 
 void VirtualCapture::initialize(const platform::CaptureSettings& settings) {
   {
     std::lock_guard lock(mutex_);
+    if (closed_) throw PlatformError(ids::kClosed, L"The object has been closed.");
     if (shut_down_) throw PlatformError(ids::kShutdown, L"The object has been shut down.");
     if (initialized_) throw PlatformError(ids::kIllegalMethodCall, L"MediaCapture is already initialized.");
+    if (initialize_failed_)
+      throw PlatformError(ids::kIllegalMethodCall, L"A method was called at an unexpected time.");
   }
-  world_->enter_call_or_throw(PlatformCall::Initialize);
-  auto group = std::dynamic_pointer_cast<VirtualSourceGroup>(settings.source_group);
-  if (!group) throw PlatformError(HR_INVALIDARG, L"The parameter is incorrect.");
-  world_->open_session(shared_from_this(), group->state(), settings.sharing_mode);
+  try {
+    world_->enter_call_or_throw(PlatformCall::Initialize);
+    auto group = std::dynamic_pointer_cast<VirtualSourceGroup>(settings.source_group);
+    if (!group) throw PlatformError(HR_INVALIDARG, L"The parameter is incorrect.");
+    world_->open_session(shared_from_this(), group->state(), settings.sharing_mode);
+  } catch (...) {
+    std::lock_guard lock(mutex_);
+    initialize_failed_ = true;  // a new MediaCapture is needed for the next attempt
+    throw;
+  }
+  auto group = std::static_pointer_cast<VirtualSourceGroup>(settings.source_group);
 
   std::vector<std::shared_ptr<VirtualFrameSource>> sources;
   {
@@ -40,6 +59,7 @@ void VirtualCapture::initialize(const platform::CaptureSettings& settings) {
   }
   std::lock_guard lock(mutex_);
   initialized_ = true;
+  session_open_ = true;
   mode_ = settings.sharing_mode;
   group_ = group->state();
   sources_ = std::move(sources);
@@ -53,6 +73,7 @@ std::vector<std::shared_ptr<platform::FrameSource>> VirtualCapture::frame_source
 
 void VirtualCapture::close_frame_sources() {
   std::lock_guard lock(mutex_);
+  if (initialized_) require_connected();
   for (auto& source : sources_) source->close();
 }
 
@@ -71,23 +92,27 @@ std::shared_ptr<platform::FrameReader> VirtualCapture::create_frame_reader(
 
 platform::EventToken VirtualCapture::add_failed(FailedHandler handler) {
   std::lock_guard lock(mutex_);
+  if (initialized_) require_connected();
   failed_handlers_.emplace(next_token_, std::move(handler));
   return next_token_++;
 }
 
 void VirtualCapture::remove_failed(platform::EventToken token) {
   std::lock_guard lock(mutex_);
+  if (initialized_) require_connected();
   failed_handlers_.erase(token);
 }
 
 platform::EventToken VirtualCapture::add_exclusive_control_status_changed(ExclusiveControlHandler handler) {
   std::lock_guard lock(mutex_);
+  if (initialized_) require_connected();
   exclusive_handlers_.emplace(next_token_, std::move(handler));
   return next_token_++;
 }
 
 void VirtualCapture::remove_exclusive_control_status_changed(platform::EventToken token) {
   std::lock_guard lock(mutex_);
+  if (initialized_) require_connected();
   exclusive_handlers_.erase(token);
 }
 
@@ -96,10 +121,33 @@ std::optional<hresult> VirtualCapture::shutdown_if_supported() {
     std::lock_guard lock(mutex_);
     if (shut_down_) return HR_OK;
     shut_down_ = true;
-    for (auto& source : sources_) source->close();
   }
-  world_->close_session(this);
+  end_session();
   return HR_OK;
+}
+
+void VirtualCapture::close() {
+  {
+    std::lock_guard lock(mutex_);
+    if (closed_) return;
+    closed_ = true;
+    failed_handlers_.clear();
+    exclusive_handlers_.clear();
+  }
+  end_session();
+}
+
+// Sources and readers made from this capture stop answering; the session ends now.
+void VirtualCapture::end_session() {
+  std::vector<std::shared_ptr<VirtualFrameSource>> sources;
+  {
+    std::lock_guard lock(mutex_);
+    sources = sources_;
+    if (!session_open_) sources.clear();
+    session_open_ = false;
+  }
+  for (auto& source : sources) source->close();
+  world_->close_session(this);
 }
 
 // The World calls these with its lock held: post only, the handlers run on events_.
@@ -137,6 +185,7 @@ VirtualFrameSource::VirtualFrameSource(std::shared_ptr<World> world, std::shared
 
 void VirtualFrameSource::require_open() {
   if (closed_) throw PlatformError(ids::kClosed, L"The object has been closed.");
+  if (group_->removed) throw PlatformError(HR_DISCONNECTED, L"The object invoked has disconnected from its clients.");
 }
 
 void VirtualFrameSource::close() {
@@ -178,7 +227,7 @@ void VirtualFrameSource::set_format(const std::shared_ptr<platform::FrameFormat>
   for (std::size_t i = 0; wanted && i < source.formats.size(); ++i) {
     if (!(source.formats[i] == wanted->model())) continue;
     source.current_format = i;
-    world_->records().format_changes.push_back({source.id.value_or(L""), wanted->model()});
+    world_->record([&](Records& records) { records.format_changes.push_back({source.id.value_or(L""), wanted->model()}); });
     return;
   }
   throw PlatformError(HR_INVALIDARG, L"The format is not supported by the frame source.");

@@ -1,5 +1,8 @@
 // MediaCapture and its MediaFrameSources: initialization under the sharing rules, the Failed
 // and exclusive-control events (raised on the session's own event thread), reader creation.
+// Close ends the session at once; a capture released without it leaves its session lingering
+// for a moment (World::release_session). Once the group is removed, every call on the capture
+// and its sources answers RPC_E_DISCONNECTED.
 #pragma once
 
 #include <map>
@@ -31,12 +34,15 @@ class VirtualCapture : public platform::Capture,
   platform::EventToken add_exclusive_control_status_changed(ExclusiveControlHandler handler) override;
   void remove_exclusive_control_status_changed(platform::EventToken token) override;
   std::optional<hresult> shutdown_if_supported() override;
+  void close() override;
 
   void post_exclusive_control_changed(const platform::ExclusiveControlChange& change) override;
   void post_failed(const platform::CaptureFailure& failure) override;
 
  private:
   void require_ready();  // caller holds mutex_
+  void require_connected();  // caller holds mutex_; throws once the group is removed
+  void end_session();
 
   std::shared_ptr<World> world_;
   EventThread events_;
@@ -44,7 +50,10 @@ class VirtualCapture : public platform::Capture,
   // held while a handler runs or while World posts to this session.
   std::mutex mutex_;
   bool initialized_ = false;
+  bool initialize_failed_ = false;  // a MediaCapture whose initialization failed is spent
   bool shut_down_ = false;
+  bool closed_ = false;
+  bool session_open_ = false;
   platform::SharingMode mode_ = platform::SharingMode::SharedReadOnly;
   std::shared_ptr<GroupState> group_;
   std::vector<std::shared_ptr<VirtualFrameSource>> sources_;
@@ -70,7 +79,7 @@ class VirtualFrameSource : public platform::FrameSource {
   std::size_t index() const { return index_; }
 
  private:
-  void require_open();  // caller holds the World lock
+  void require_open();  // caller holds the World lock; throws once closed or disconnected
 
   std::shared_ptr<World> world_;
   std::shared_ptr<GroupState> group_;

@@ -1,6 +1,7 @@
 // The frame source's controller: extended-id properties (face-auth mode, LLC) and the typed
 // controls of its video device controller. Controls act on the live source, so what one
 // session applies every other session sees; a shared read-only session cannot apply anything.
+// Once the group is removed every call answers RPC_E_DISCONNECTED.
 #pragma once
 
 #include <memory>
@@ -20,6 +21,7 @@ class SourceHandle {
   SourceModel& source() { return group_->model.sources[index_]; }  // caller holds the World lock
   void record(ControlKind kind, double value);                  // caller holds the World lock
   void require_control() const;  // throws unless the session holds exclusive control
+  void require_connected() const;  // caller holds the World lock; throws once the group is removed
 
   std::shared_ptr<World> world_;
   std::shared_ptr<GroupState> group_;

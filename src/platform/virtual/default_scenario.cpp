@@ -73,6 +73,8 @@ SourceModel color_source() {
   }
   s.formats.push_back(format(L"RGB24", 640, 480, 30));
   s.current_format = 0;
+  // As many drivers do: NV12 planes laid out over a multiple of 16 rows (1080p in 1088).
+  s.nv12_plane_rows_alignment = 16;
   s.illumination = IlluminationMetadata::AttributeMissing;
   s.exposure = ExposureModel{};
   s.iso_speed = IsoSpeedModel{};

@@ -68,15 +68,17 @@ platform::GetPropertyResult VirtualSourceController::get_property_by_extended_id
     const std::vector<std::uint8_t>& id, std::optional<std::uint32_t> max_size) {
   world_->enter_call_or_throw(PlatformCall::GetProperty);
   std::lock_guard lock(world_->mutex());
+  require_connected();
   platform::GetPropertyResult result = answer_get(id, max_size);
-  world_->records().property_requests.push_back(
-      {source().id.value_or(L""), false, id, {}, max_size, static_cast<std::int32_t>(result.status)});
+  world_->record([&](Records& records) {
+    records.property_requests.push_back(
+        {source().id.value_or(L""), false, id, {}, max_size, static_cast<std::int32_t>(result.status)});
+  });
   return result;
 }
 
 platform::GetPropertyResult VirtualSourceController::answer_get(const std::vector<std::uint8_t>& id,
                                                                 std::optional<std::uint32_t> max_size) {
-  if (group_->removed) return {GetPropertyStatus::DeviceNotAvailable, std::nullopt};
   SourceModel& s = source();
   switch (identify(id)) {
     case Property::FaceAuth:
@@ -95,15 +97,17 @@ platform::SetPropertyStatus VirtualSourceController::set_property_by_extended_id
     const std::vector<std::uint8_t>& id, const std::vector<std::uint8_t>& value) {
   world_->enter_call_or_throw(PlatformCall::SetProperty);
   std::lock_guard lock(world_->mutex());
+  require_connected();
   SetPropertyStatus status = apply_set(id, value);
-  world_->records().property_requests.push_back(
-      {source().id.value_or(L""), true, id, value, std::nullopt, static_cast<std::int32_t>(status)});
+  world_->record([&](Records& records) {
+    records.property_requests.push_back(
+        {source().id.value_or(L""), true, id, value, std::nullopt, static_cast<std::int32_t>(status)});
+  });
   return status;
 }
 
 platform::SetPropertyStatus VirtualSourceController::apply_set(const std::vector<std::uint8_t>& id,
                                                                const std::vector<std::uint8_t>& value) {
-  if (group_->removed) return SetPropertyStatus::DeviceNotAvailable;
   SourceModel& s = source();
   Property property = identify(id);
   if (property == Property::FaceAuth && s.face_auth) {

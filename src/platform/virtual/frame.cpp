@@ -12,23 +12,6 @@ using platform::PixelFormat;
 
 namespace {
 
-std::wstring upper(std::wstring text) {
-  for (auto& c : text) c = wchar_t(std::towupper(wint_t(c)));
-  return text;
-}
-
-// The bitmap layout a subtype is delivered in; Unknown for RGB24 and unsupported subtypes.
-PixelFormat layout_of(const std::wstring& subtype) {
-  std::wstring s = upper(subtype);
-  if (s == L"GRAY8" || s == L"L8" || s == L"Y8") return PixelFormat::Gray8;
-  if (s == L"L16" || s == L"D16" || s == L"Y16" || s == L"GRAY16") return PixelFormat::Gray16;
-  if (s == L"NV12") return PixelFormat::Nv12;
-  if (s == L"YUY2") return PixelFormat::Yuy2;
-  if (s == L"ARGB32" || s == L"RGB32") return PixelFormat::Bgra8;
-  if (s == L"ABGR32") return PixelFormat::Rgba8;
-  return PixelFormat::Unknown;
-}
-
 platform::IlluminationRead illumination_of(IlluminationMetadata metadata, std::uint64_t n) {
   platform::IlluminationRead read;
   switch (metadata) {
@@ -54,10 +37,25 @@ std::vector<std::uint8_t> rgb24_bytes(std::int32_t width, std::int32_t height, s
 
 }  // namespace
 
+std::wstring upper_case(std::wstring text) {
+  for (auto& c : text) c = wchar_t(std::towupper(wint_t(c)));
+  return text;
+}
+
+PixelFormat layout_of_subtype(const std::wstring& subtype) {
+  std::wstring s = upper_case(subtype);
+  if (s == L"GRAY8" || s == L"L8" || s == L"Y8") return PixelFormat::Gray8;
+  if (s == L"L16" || s == L"D16" || s == L"Y16" || s == L"GRAY16") return PixelFormat::Gray16;
+  if (s == L"NV12") return PixelFormat::Nv12;
+  if (s == L"YUY2") return PixelFormat::Yuy2;
+  if (s == L"ARGB32" || s == L"RGB32") return PixelFormat::Bgra8;
+  if (s == L"ABGR32") return PixelFormat::Rgba8;
+  return PixelFormat::Unknown;
+}
+
 FrameContents make_frame_contents(const FormatModel& format, const std::optional<std::wstring>& reader_subtype,
                                   std::uint64_t n, std::int64_t time, IlluminationMetadata metadata,
-                                  std::uint32_t stride_padding, bool unsupported,
-                                  const Rgb24Model& rgb24_model) {
+                                  const FrameLayoutModel& layout, bool unsupported, const Rgb24Model& rgb24_model) {
   FrameContents frame;
   frame.time = time;
   frame.format = format;
@@ -69,30 +67,25 @@ FrameContents make_frame_contents(const FormatModel& format, const std::optional
     frame.buffer = std::make_shared<VirtualBuffer>(pattern_rgb24(width, height / 4 + 1, n));
     return frame;
   }
-  PixelFormat native = layout_of(format.subtype);
-  bool rgb24 = upper(format.subtype) == L"RGB24";
+  PixelFormat native = layout_of_subtype(format.subtype);
+  bool rgb24 = upper_case(format.subtype) == L"RGB24";
   // A reader asked for NV12 converts colour layouts; grey and depth layouts stay as they are.
-  bool to_nv12 = reader_subtype && upper(*reader_subtype) == L"NV12" &&
+  bool to_nv12 = reader_subtype && upper_case(*reader_subtype) == L"NV12" &&
                  (rgb24 || native == PixelFormat::Yuy2 || native == PixelFormat::Bgra8 || native == PixelFormat::Rgba8);
   if (to_nv12) {
     frame.format.subtype = L"NV12";
     PixelImage image = rgb24 ? rgb24_to_nv12(rgb24_bytes(width, height, n, rgb24_model).data(), width, height)
                              : *convert_image(pattern_image(native, width, height, n), PixelFormat::Nv12);
-    if (stride_padding) {
-      PixelImage padded = blank_image(PixelFormat::Nv12, width, height, stride_padding);
-      std::int32_t rows = height + (height + 1) / 2;
-      for (std::int32_t y = 0; y < rows; ++y)
-        std::copy_n(image.bytes.begin() + std::size_t(y) * image.stride, image.stride,
-                    padded.bytes.begin() + std::size_t(y) * padded.stride);
-      image = std::move(padded);
-    }
+    if (layout.stride_padding || layout.nv12_plane_rows_alignment > 1)
+      image = relaid(image, layout.stride_padding, layout.nv12_plane_rows_alignment);
     frame.bitmap = std::make_shared<VirtualBitmap>(std::move(image));
   } else if (rgb24) {
     std::vector<std::uint8_t> bytes = rgb24_bytes(width, height, n, rgb24_model);
     bytes.resize(bytes.size() - std::min<std::size_t>(rgb24_model.missing_bytes, bytes.size()));
     frame.buffer = std::make_shared<VirtualBuffer>(std::move(bytes));
   } else if (native != PixelFormat::Unknown) {
-    frame.bitmap = std::make_shared<VirtualBitmap>(pattern_image(native, width, height, n, stride_padding));
+    frame.bitmap = std::make_shared<VirtualBitmap>(
+        pattern_image(native, width, height, n, layout.stride_padding, layout.nv12_plane_rows_alignment));
   } else {
     frame.buffer = std::make_shared<VirtualBuffer>(pattern_rgb24(width, height / 4 + 1, n));
   }
@@ -130,7 +123,7 @@ std::shared_ptr<platform::Buffer> VirtualFrame::buffer() {
 std::shared_ptr<platform::Bitmap> VirtualFrame::bitmap_from_buffer() {
   std::lock_guard lock(mutex_);
   require_open();
-  if (!contents_.buffer || upper(contents_.format.subtype) != L"RGB24") return nullptr;
+  if (!contents_.buffer || upper_case(contents_.format.subtype) != L"RGB24") return nullptr;
   platform::ByteAccess access = contents_.buffer->byte_access();
   auto width = std::int32_t(contents_.format.width), height = std::int32_t(contents_.format.height);
   if (access.data == nullptr) return nullptr;

@@ -19,11 +19,22 @@ struct FrameContents {
   platform::IlluminationRead illumination;
 };
 
+// The bitmap layout a subtype is delivered in ("L8" -> Gray8, "YUY2" -> Yuy2, ...); Unknown for
+// RGB24 and subtypes no bitmap is made of. Subtypes compare without regard to case.
+platform::PixelFormat layout_of_subtype(const std::wstring& subtype);
+std::wstring upper_case(std::wstring text);
+
 // What the pattern frame n of a source looks like as delivered through a reader that asked
 // for `reader_subtype` (or for none). See pixel_image.h for the pattern.
+// How a source lays its bitmaps out in memory.
+struct FrameLayoutModel {
+  std::uint32_t stride_padding = 0;
+  std::uint32_t nv12_plane_rows_alignment = 0;
+};
+
 FrameContents make_frame_contents(const FormatModel& format, const std::optional<std::wstring>& reader_subtype,
                                   std::uint64_t n, std::int64_t time, IlluminationMetadata metadata,
-                                  std::uint32_t stride_padding, bool unsupported,
+                                  const FrameLayoutModel& layout, bool unsupported,
                                   const Rgb24Model& rgb24 = {});
 
 class VirtualFrame : public platform::Frame {

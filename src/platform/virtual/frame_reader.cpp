@@ -44,6 +44,11 @@ struct VirtualFrameReader::Core {
 
 namespace {
 
+bool is_grey_subtype(const std::wstring& subtype) {
+  const platform::PixelFormat layout = layout_of_subtype(subtype);
+  return layout == platform::PixelFormat::Gray8 || layout == platform::PixelFormat::Gray16;
+}
+
 // 100 ns ticks from a stream's start to its k-th frame, exact for any rational rate.
 std::int64_t offset_of_frame(const FormatModel& format, std::uint64_t k) {
   std::uint32_t num = format.frame_rate_numerator ? format.frame_rate_numerator : 30;
@@ -81,7 +86,7 @@ void VirtualFrameReader::Core::run(std::shared_ptr<Clock::Pacer> my_pacer, std::
 
 std::shared_ptr<platform::Frame> VirtualFrameReader::Core::produce(std::int64_t due, std::optional<FormatModel>& format) {
   IlluminationMetadata metadata;
-  std::uint32_t padding;
+  FrameLayoutModel layout;
   bool unsupported;
   Rgb24Model rgb24;
   {
@@ -92,7 +97,7 @@ std::shared_ptr<platform::Frame> VirtualFrameReader::Core::produce(std::int64_t 
       format = source.formats[*source.current_format];
     if (!format || group->removed || !group->model.enabled || world->frames_stopped()) return nullptr;
     metadata = source.illumination;
-    padding = source.stride_padding;
+    layout = {source.stride_padding, source.nv12_plane_rows_alignment};
     rgb24 = source.rgb24;
     unsupported = world->unsupported_frames();
   }
@@ -102,7 +107,7 @@ std::shared_ptr<platform::Frame> VirtualFrameReader::Core::produce(std::int64_t 
     n = produced++;
   }
   return std::make_shared<VirtualFrame>(
-      make_frame_contents(*format, subtype, n, due, metadata, padding, unsupported, rgb24));
+      make_frame_contents(*format, subtype, n, due, metadata, layout, unsupported, rgb24));
 }
 
 void VirtualFrameReader::Core::deliver(std::shared_ptr<platform::Frame> frame) {
@@ -182,7 +187,13 @@ platform::ReaderStartStatus VirtualFrameReader::start() {
     std::lock_guard lock(core_->world->mutex());
     const GroupState& group = *core_->group;
     const SourceModel& source = group.model.sources[core_->index];
-    status = group.removed || !group.model.enabled ? ReaderStartStatus::DeviceNotAvailable : source.reader_start_status;
+    if (group.removed) throw PlatformError(HR_DISCONNECTED, L"The object invoked has disconnected from its clients.");
+    status = !group.model.enabled ? ReaderStartStatus::DeviceNotAvailable : source.reader_start_status;
+    // A grey or depth source that cannot give NV12 refuses a reader that asked for it.
+    if (status == ReaderStartStatus::Success && source.refuses_nv12 && core_->subtype &&
+        upper_case(*core_->subtype) == L"NV12" && source.current_format &&
+        *source.current_format < source.formats.size() && is_grey_subtype(source.formats[*source.current_format].subtype))
+      status = ReaderStartStatus::OutputFormatNotSupported;
     if (source.current_format && *source.current_format < source.formats.size())
       format = source.formats[*source.current_format];
   }
@@ -210,6 +221,8 @@ platform::ReaderStartStatus VirtualFrameReader::start() {
 void VirtualFrameReader::stop() {
   std::unique_lock lock(core_->mutex);
   core_->stop_producer(lock);
+  std::lock_guard world_lock(core_->world->mutex());
+  if (core_->group->removed) throw PlatformError(HR_DISCONNECTED, L"The object invoked has disconnected from its clients.");
 }
 
 void VirtualFrameReader::close() {

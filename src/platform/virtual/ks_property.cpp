@@ -120,17 +120,20 @@ hresult ks_property(World& world, GroupState& group, const std::wstring& link, c
   bool topology = (r.flags & ids::kPropTopology) != 0;
   if (topology && request_size >= 32) r.node = le::u32(request + 24);
 
-  KsRequest record;
-  record.symbolic_link = link;
-  record.set = r.set;
-  record.id = r.id;
-  record.flags = r.flags;
-  record.node_id = r.node;
-  record.request.assign(request, request + request_size);
-  if (data) record.data_in.assign(data, data + data_size);
-  record.data_size = data_size;
-
   std::lock_guard lock(world.mutex());
+  // Recorded only while a test asks for it; the data buffer is kept as it came in.
+  std::optional<KsRequest> record;
+  world.record([&](Records&) {
+    record.emplace();
+    record->symbolic_link = link;
+    record->set = r.set;
+    record->id = r.id;
+    record->flags = r.flags;
+    record->node_id = r.node;
+    record->request.assign(request, request + request_size);
+    if (data) record->data_in.assign(data, data + data_size);
+    record->data_size = data_size;
+  });
   Answer a;
   if (group.removed || !group.model.enabled)
     a = {ids::kDeviceInvalidated};
@@ -141,8 +144,10 @@ hresult ks_property(World& world, GroupState& group, const std::wstring& link, c
   else
     a = answer(group.model.ks, r, request, data, data_size);
   if (bytes_returned) *bytes_returned = a.returned;
-  record.result = a.result;
-  world.records().ks_requests.push_back(std::move(record));
+  if (record) {
+    record->result = a.result;
+    world.record([&](Records& records) { records.ks_requests.push_back(std::move(*record)); });
+  }
   return a.result;
 }
 

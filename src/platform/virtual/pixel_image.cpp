@@ -29,10 +29,15 @@ std::int32_t row_bytes(PixelFormat format, std::int32_t width) {
   }
 }
 
-std::size_t image_size(PixelFormat format, std::int32_t stride, std::int32_t height) {
-  std::size_t size = std::size_t(stride) * std::size_t(height);
-  if (format == PixelFormat::Nv12) size += std::size_t(stride) * std::size_t(half_up(height));
-  return size;
+std::size_t image_size(PixelFormat format, std::int32_t stride, std::int32_t height, std::int32_t luma_rows) {
+  if (format != PixelFormat::Nv12) return std::size_t(stride) * std::size_t(height);
+  return std::size_t(stride) * (std::size_t(luma_rows) + std::size_t(half_up(height)));
+}
+
+std::int32_t aligned_rows(std::int32_t height, std::uint32_t alignment) {
+  if (alignment <= 1) return height;
+  const auto a = std::int64_t(alignment);
+  return std::int32_t((height + a - 1) / a * a);
 }
 
 struct Rgb {
@@ -62,7 +67,7 @@ PixelImage nv12_from_rgb(std::int32_t width, std::int32_t height, const PackedRg
     std::uint8_t* row = out.bytes.data() + std::size_t(y) * out.stride;
     for (std::int32_t x = 0; x < width; ++x, p += step) row[x] = luma(p[in.r], p[in.g], p[in.b]);
   }
-  std::uint8_t* chroma = out.bytes.data() + std::size_t(out.stride) * height;
+  std::uint8_t* chroma = out.bytes.data() + out.chroma_offset();
   for (std::int32_t j = 0; j < half_up(height); ++j) {
     const std::uint8_t* row0 = in.data + std::size_t(2 * j) * in.stride;
     const std::uint8_t* row1 = 2 * j + 1 < height ? row0 + in.stride : nullptr;
@@ -86,7 +91,7 @@ PixelImage nv12_from_rgb(std::int32_t width, std::int32_t height, const PackedRg
 
 PixelImage nv12_from_yuy2(const PixelImage& src) {
   PixelImage out = blank_image(PixelFormat::Nv12, src.width, src.height);
-  std::uint8_t* chroma = out.bytes.data() + std::size_t(out.stride) * src.height;
+  std::uint8_t* chroma = out.bytes.data() + out.chroma_offset();
   for (std::int32_t y = 0; y < src.height; ++y)
     for (std::int32_t x = 0; x < src.width; ++x)
       out.bytes[std::size_t(y) * out.stride + x] = src.bytes[std::size_t(y) * src.stride + 2 * x];
@@ -101,12 +106,20 @@ PixelImage nv12_from_yuy2(const PixelImage& src) {
   return out;
 }
 
+// Copies the rows of every plane into `out`, which has the same format and size.
+void copy_planes(const PixelImage& src, PixelImage& out) {
+  const std::size_t row = std::size_t(std::min(src.stride, out.stride));
+  for (std::int32_t y = 0; y < src.height; ++y)
+    std::memcpy(out.bytes.data() + std::size_t(y) * out.stride, src.bytes.data() + std::size_t(y) * src.stride, row);
+  if (src.format != PixelFormat::Nv12) return;
+  for (std::int32_t j = 0; j < half_up(src.height); ++j)
+    std::memcpy(out.bytes.data() + out.chroma_offset() + std::size_t(j) * out.stride,
+                src.bytes.data() + src.chroma_offset() + std::size_t(j) * src.stride, row);
+}
+
 PixelImage repacked(const PixelImage& src) {
   PixelImage out = blank_image(src.format, src.width, src.height);
-  std::int32_t rows = src.height + (src.format == PixelFormat::Nv12 ? half_up(src.height) : 0);
-  for (std::int32_t y = 0; y < rows; ++y)
-    std::memcpy(out.bytes.data() + std::size_t(y) * out.stride, src.bytes.data() + std::size_t(y) * src.stride,
-                std::size_t(out.stride));
+  copy_planes(src, out);
   return out;
 }
 
@@ -114,7 +127,7 @@ PixelImage repacked(const PixelImage& src) {
 
 std::vector<platform::PlaneDescription> PixelImage::planes() const {
   std::vector<platform::PlaneDescription> result{{0, width, height, stride}};
-  if (format == PixelFormat::Nv12) result.push_back({stride * height, width / 2, height / 2, stride});
+  if (format == PixelFormat::Nv12) result.push_back({std::int32_t(chroma_offset()), width / 2, height / 2, stride});
   return result;
 }
 
@@ -129,22 +142,30 @@ std::int32_t bytes_per_pixel(PixelFormat format) {
 
 std::size_t packed_size(PixelFormat format, std::int32_t width, std::int32_t height) {
   if (bytes_per_pixel(format) == 0 || width <= 0 || height <= 0) return 0;
-  return image_size(format, row_bytes(format, width), height);
+  return image_size(format, row_bytes(format, width), height, height);
 }
 
-PixelImage blank_image(PixelFormat format, std::int32_t width, std::int32_t height, std::uint32_t padding) {
+PixelImage blank_image(PixelFormat format, std::int32_t width, std::int32_t height, std::uint32_t padding,
+                       std::uint32_t plane_rows_alignment) {
   PixelImage image;
   image.format = format;
   image.width = width;
   image.height = height;
   image.stride = row_bytes(format, width) + std::int32_t(padding);
-  image.bytes.assign(image_size(format, image.stride, height), 0);
+  image.luma_rows = format == PixelFormat::Nv12 ? aligned_rows(height, plane_rows_alignment) : height;
+  image.bytes.assign(image_size(format, image.stride, height, image.luma_rows), 0);
   return image;
 }
 
+PixelImage relaid(const PixelImage& image, std::uint32_t padding, std::uint32_t plane_rows_alignment) {
+  PixelImage out = blank_image(image.format, image.width, image.height, padding, plane_rows_alignment);
+  copy_planes(image, out);
+  return out;
+}
+
 PixelImage pattern_image(PixelFormat format, std::int32_t width, std::int32_t height, std::uint64_t n,
-                         std::uint32_t padding) {
-  PixelImage image = blank_image(format, width, height, padding);
+                         std::uint32_t padding, std::uint32_t plane_rows_alignment) {
+  PixelImage image = blank_image(format, width, height, padding, plane_rows_alignment);
   for (std::int32_t y = 0; y < height; ++y) {
     std::uint8_t* row = image.bytes.data() + std::size_t(y) * image.stride;
     // L = x + 2y + 3n (mod 256), counted along the row; channels likewise.
@@ -179,7 +200,7 @@ PixelImage pattern_image(PixelFormat format, std::int32_t width, std::int32_t he
     }
   }
   if (format == PixelFormat::Nv12) {
-    std::uint8_t* chroma = image.bytes.data() + std::size_t(image.stride) * height;
+    std::uint8_t* chroma = image.bytes.data() + image.chroma_offset();
     for (std::int32_t j = 0; j < half_up(height); ++j) {
       std::uint8_t* uv = chroma + std::size_t(j) * image.stride;
       std::uint8_t u = std::uint8_t(64 + j + n), v = std::uint8_t(192 + 2 * j + n);
@@ -247,7 +268,7 @@ std::optional<PixelImage> convert_image(const PixelImage& src, PixelFormat targe
         PixelImage out = blank_image(PixelFormat::Nv12, src.width, src.height);
         for (std::int32_t y = 0; y < src.height; ++y)
           std::memcpy(out.bytes.data() + std::size_t(y) * out.stride, at(0, y), std::size_t(src.width));
-        std::fill(out.bytes.begin() + std::size_t(out.stride) * src.height, out.bytes.end(), 128);
+        std::fill(out.bytes.begin() + std::ptrdiff_t(out.chroma_offset()), out.bytes.end(), 128);
         return out;
       }
       return std::nullopt;

@@ -12,7 +12,8 @@
 //   RGB:   R = x + n,  G = y + 2n,  B = x + y + 3n;  A = 255.
 //          BGRA8 stores B G R A, RGBA8 R G B A, RGB24 frames (buffer only) R G B.
 // Rows are `stride` bytes apart; padding bytes at the end of a row are 0. An NV12 chroma plane
-// starts at stride * height and uses the same stride.
+// uses the same stride and starts at stride * height, or past the rows its luma plane is laid
+// out over when a driver pads them (1080 rows in 1088); the rows between are 0.
 //
 // Conversions to NV12 (BT.601, limited range, integer arithmetic):
 //   from RGB:  Y = ((66R + 129G + 25B + 128) >> 8) + 16 for every pixel; for every 2x2 block the
@@ -39,9 +40,11 @@ struct PixelImage {
   std::int32_t width = 0;
   std::int32_t height = 0;
   std::int32_t stride = 0;  // bytes per row of plane 0
+  std::int32_t luma_rows = 0;  // NV12: rows the luma plane is laid out over (at least height)
   std::vector<std::uint8_t> bytes;
 
   std::vector<platform::PlaneDescription> planes() const;
+  std::size_t chroma_offset() const { return std::size_t(stride) * std::size_t(luma_rows); }
 };
 
 // Bytes per pixel of plane 0; 0 for formats the virtual camera does not model.
@@ -49,12 +52,15 @@ std::int32_t bytes_per_pixel(platform::PixelFormat format);
 // Size of a tightly packed image; 0 when the format is not modelled.
 std::size_t packed_size(platform::PixelFormat format, std::int32_t width, std::int32_t height);
 
-// A zero-filled image, rows padded by `padding` bytes.
+// A zero-filled image, rows padded by `padding` bytes; an NV12 luma plane laid out over its
+// height rounded up to a multiple of `plane_rows_alignment` (0 or 1: the height).
 PixelImage blank_image(platform::PixelFormat format, std::int32_t width, std::int32_t height,
-                       std::uint32_t padding = 0);
-// The pattern of frame `n` (see above).
+                       std::uint32_t padding = 0, std::uint32_t plane_rows_alignment = 0);
+// The pattern of frame `n` (see above), in that layout.
 PixelImage pattern_image(platform::PixelFormat format, std::int32_t width, std::int32_t height,
-                         std::uint64_t n, std::uint32_t padding = 0);
+                         std::uint64_t n, std::uint32_t padding = 0, std::uint32_t plane_rows_alignment = 0);
+// The same pixels in another layout (row padding, NV12 plane rows).
+PixelImage relaid(const PixelImage& image, std::uint32_t padding, std::uint32_t plane_rows_alignment);
 std::vector<std::uint8_t> pattern_rgb24(std::int32_t width, std::int32_t height, std::uint64_t n);
 
 // A tightly packed image read from bytes of that layout; nullopt when too few bytes.

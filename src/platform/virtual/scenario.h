@@ -122,6 +122,13 @@ struct SourceModel {
   std::optional<std::size_t> current_format = 0;  // index into formats; nullopt: none
   IlluminationMetadata illumination = IlluminationMetadata::AttributeMissing;
   std::uint32_t stride_padding = 0;  // extra bytes at the end of every bitmap row
+  // NV12 bitmaps lay their luma plane out over the height rounded up to a multiple of this
+  // (0 or 1: the height itself): 1080 rows in 1088 with 16, as many drivers do. The chroma
+  // plane then starts past those rows; the plane descriptions say where.
+  std::uint32_t nv12_plane_rows_alignment = 0;
+  // A reader that asks this grey or depth source for "NV12" starts with
+  // ReaderStartStatus::OutputFormatNotSupported instead of delivering the grey layout.
+  bool refuses_nv12 = false;
   Rgb24Model rgb24;
   std::optional<ExposureModel> exposure;
   std::optional<IsoSpeedModel> iso_speed;

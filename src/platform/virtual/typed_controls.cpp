@@ -8,7 +8,11 @@ namespace vexcap::virtual_camera {
 using platform::PlatformError;
 
 void SourceHandle::record(ControlKind kind, double value) {
-  world_->records().applied_controls.push_back({source().id.value_or(L""), kind, value});
+  world_->record([&](Records& records) { records.applied_controls.push_back({source().id.value_or(L""), kind, value}); });
+}
+
+void SourceHandle::require_connected() const {
+  if (group_->removed) throw PlatformError(HR_DISCONNECTED, L"The object invoked has disconnected from its clients.");
 }
 
 void SourceHandle::require_control() const {
@@ -37,11 +41,13 @@ class ControlAccess : protected SourceHandle {
  protected:
   template <typename F> auto read(F f) {
     std::lock_guard lock(world_->mutex());
+    require_connected();
     return f(settings(source().*member));
   }
   template <typename F> void write(F f) {
     world_->enter_call_or_throw(PlatformCall::SetControl);
     std::lock_guard lock(world_->mutex());
+    require_connected();
     require_control();
     auto& s = settings(source().*member);
     if (!s.supported) unsupported();
@@ -153,21 +159,25 @@ std::shared_ptr<Control> make_if(const std::optional<Settings>& model, std::shar
 
 std::shared_ptr<platform::ExposureControl> VirtualSourceController::exposure_control() {
   std::lock_guard lock(world_->mutex());
+  require_connected();
   return make_if<Exposure>(source().exposure, world_, group_, index_, exclusive_);
 }
 
 std::shared_ptr<platform::IsoSpeedControl> VirtualSourceController::iso_speed_control() {
   std::lock_guard lock(world_->mutex());
+  require_connected();
   return make_if<IsoSpeed>(source().iso_speed, world_, group_, index_, exclusive_);
 }
 
 std::shared_ptr<platform::TorchControl> VirtualSourceController::torch_control() {
   std::lock_guard lock(world_->mutex());
+  require_connected();
   return make_if<Torch>(source().torch, world_, group_, index_, exclusive_);
 }
 
 std::shared_ptr<platform::InfraredTorchControl> VirtualSourceController::infrared_torch_control() {
   std::lock_guard lock(world_->mutex());
+  require_connected();
   return make_if<InfraredTorch>(source().infrared_torch, world_, group_, index_, exclusive_);
 }
 

@@ -11,7 +11,9 @@ void use_scenario(Scenario scenario) { world().use_scenario(std::move(scenario))
 void reset() {
   world().use_scenario(default_scenario());
   world().clear_faults();
+  world().set_recording(false);
   world().clear_records();
+  world().set_camera_access_allowed(true);
   runtime().reset();
 }
 
@@ -25,6 +27,8 @@ void rename_group(const std::wstring& group_id, std::wstring display_name) {
 }
 
 void set_held_by_other_app(const std::wstring& group_id, bool held) { world().set_held_by_other_app(group_id, held); }
+hresult other_app_open_exclusive(const std::wstring& group_id) { return world().other_app_open_exclusive(group_id); }
+void set_camera_access_allowed(bool allowed) { world().set_camera_access_allowed(allowed); }
 
 bool edit_source(const std::wstring& group_id, std::size_t index, const std::function<void(SourceModel&)>& edit) {
   bool found = false;
@@ -59,6 +63,7 @@ void raise_capture_failed(hresult code, const std::wstring& message, const std::
 void set_frames_stopped(bool stopped) { world().set_frames_stopped(stopped); }
 void set_unsupported_frames(bool unsupported) { world().set_unsupported_frames(unsupported); }
 
+void set_recording(bool on) { world().set_recording(on); }
 Records records() { return world().copy_records(); }
 void clear_records() { world().clear_records(); }
 

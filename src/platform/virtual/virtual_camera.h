@@ -18,7 +18,8 @@ namespace vexcap::virtual_camera {
 
 // ---- Scenario ----
 void use_scenario(Scenario scenario);  // replaces every device; call before opening any
-// Default scenario, no faults, no records, runtime results S_OK and its counters 0.
+// Default scenario, no faults, no records (recording off), camera access allowed, runtime
+// results S_OK and its counters 0.
 void reset();
 VirtualRuntime& runtime();
 
@@ -30,6 +31,12 @@ void rename_group(const std::wstring& group_id, std::wstring display_name);
 // Another application takes exclusive control of a group (this process's exclusive sessions are
 // preempted and new ones refused) or gives it back; every session hears the status change.
 void set_held_by_other_app(const std::wstring& group_id, bool held);
+// Another application opens an exclusive session without preempting anyone: 0xC00D3704 while
+// this process holds one (a capture released without Close holds it a moment longer), else
+// HR_OK and the group is held as by set_held_by_other_app(id, true).
+hresult other_app_open_exclusive(const std::wstring& group_id);
+// The camera privacy setting: while off, MediaCapture initialization fails with E_ACCESSDENIED.
+void set_camera_access_allowed(bool allowed);
 
 // ---- Live state (no events): edit or read a present group's sources and driver state ----
 bool edit_source(const std::wstring& group_id, std::size_t index, const std::function<void(SourceModel&)>& edit);
@@ -54,6 +61,8 @@ void set_frames_stopped(bool stopped);          // readers keep running but prod
 void set_unsupported_frames(bool unsupported);  // frames arrive as undecodable buffers
 
 // ---- Records ----
+// Off by default (a long-running host would otherwise grow on them); reset() switches it off.
+void set_recording(bool on);
 Records records();
 void clear_records();
 

@@ -8,7 +8,9 @@
 
 namespace vexcap::virtual_camera {
 
-VirtualPlatform::VirtualPlatform() : world_(std::make_shared<World>()) {}
+VirtualPlatform::VirtualPlatform() : world_(std::make_shared<World>()) {
+  runtime_.count_sessions_with([world = world_.get()] { return world->open_session_count(); });
+}
 
 std::vector<std::shared_ptr<platform::SourceGroup>> VirtualPlatform::find_all_source_groups() {
   world_->enter_call_or_throw(PlatformCall::FindAllSourceGroups);

@@ -10,6 +10,7 @@ void VirtualRuntime::reset() {
   ro_uninitialize_calls_ = 0;
   mf_startup_calls_ = 0;
   mf_shutdown_calls_ = 0;
+  sessions_open_at_mf_shutdown_ = -1;
 }
 
 hresult VirtualRuntime::ro_initialize_multithreaded() {
@@ -26,6 +27,7 @@ hresult VirtualRuntime::mf_startup() {
 
 hresult VirtualRuntime::mf_shutdown() {
   ++mf_shutdown_calls_;
+  if (count_sessions_) sessions_open_at_mf_shutdown_ = count_sessions_();
   return mf_shutdown_result_;
 }
 

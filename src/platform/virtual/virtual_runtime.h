@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 
 #include "platform/port.h"
 
@@ -19,6 +20,11 @@ class VirtualRuntime : public platform::Runtime {
   int ro_uninitialize_calls() const { return ro_uninitialize_calls_; }
   int mf_startup_calls() const { return mf_startup_calls_; }
   int mf_shutdown_calls() const { return mf_shutdown_calls_; }
+  // Capture sessions still open when MFShutdown was last called (Media Foundation torn down
+  // under them); -1 before any call.
+  int sessions_open_at_mf_shutdown() const { return sessions_open_at_mf_shutdown_; }
+  // How the runtime counts the camera system's open sessions (set by the platform).
+  void count_sessions_with(std::function<int()> count) { count_sessions_ = std::move(count); }
 
   hresult ro_initialize_multithreaded() override;
   void ro_uninitialize() override;
@@ -33,6 +39,8 @@ class VirtualRuntime : public platform::Runtime {
   std::atomic<int> ro_uninitialize_calls_{0};
   std::atomic<int> mf_startup_calls_{0};
   std::atomic<int> mf_shutdown_calls_{0};
+  std::atomic<int> sessions_open_at_mf_shutdown_{-1};
+  std::function<int()> count_sessions_;
 };
 
 }  // namespace vexcap::virtual_camera

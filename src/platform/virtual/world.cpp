@@ -1,6 +1,7 @@
 #include "platform/virtual/world.h"
 
 #include <algorithm>
+#include <new>
 
 #include "platform/virtual/known_ids.h"
 
@@ -33,6 +34,8 @@ void World::use_scenario(Scenario scenario) {
   groups_.clear();
   for (auto& model : scenario.groups) groups_.push_back(std::make_shared<GroupState>(GroupState{std::move(model), false}));
   clock_ = std::make_shared<Clock>(scenario.clock);
+  // A new system: what released captures left lingering is gone with the old one.
+  std::erase_if(sessions_, [](const SessionEntry& entry) { return entry.lingers_until.has_value(); });
 }
 
 std::shared_ptr<Clock> World::clock() {
@@ -120,6 +123,11 @@ void World::rename_group(const std::wstring& id, std::wstring display_name) {
 
 // ---- Sessions --------------------------------------------------------------------------------
 
+void World::end_lingering_sessions() {
+  const auto now = std::chrono::steady_clock::now();
+  std::erase_if(sessions_, [&](const SessionEntry& entry) { return entry.lingers_until && *entry.lingers_until <= now; });
+}
+
 std::vector<std::shared_ptr<SessionSink>> World::sessions_of(const GroupState* group, const SessionSink* except) {
   std::vector<std::shared_ptr<SessionSink>> result;
   for (auto& entry : sessions_) {
@@ -138,18 +146,46 @@ void World::fail_sessions_of(const GroupState* group, hresult code, const std::w
 void World::open_session(const std::shared_ptr<SessionSink>& session, const std::shared_ptr<GroupState>& group,
                          SharingMode mode) {
   std::lock_guard lock(mutex_);
+  end_lingering_sessions();
+  if (!camera_access_allowed_) throw PlatformError(HR_ACCESSDENIED, L"Access is denied.");
   if (group->removed || !group->model.enabled)
     throw PlatformError(ids::kDeviceInvalidated, L"The video recording device is no longer present.");
   if (mode == SharingMode::ExclusiveControl && exclusive_held_elsewhere(*group))
     throw PlatformError(ids::kHardwareInUse,
                         L"The hardware MFT failed to start streaming due to lack of hardware resources.");
-  sessions_.push_back({session, session.get(), group, mode});
+  sessions_.push_back({session, session.get(), group, mode, std::nullopt});
 }
 
 void World::close_session(const SessionSink* session) {
   std::lock_guard lock(mutex_);
-  auto it = std::find_if(sessions_.begin(), sessions_.end(), [&](auto& e) { return e.key == session; });
+  auto it = std::find_if(sessions_.begin(), sessions_.end(),
+                         [&](auto& e) { return e.key == session && !e.lingers_until; });
   if (it != sessions_.end()) sessions_.erase(it);
+}
+
+void World::release_session(const SessionSink* session) {
+  std::lock_guard lock(mutex_);
+  end_lingering_sessions();
+  for (auto& entry : sessions_)
+    if (entry.key == session && !entry.lingers_until) entry.lingers_until = std::chrono::steady_clock::now() + kReleaseLinger;
+}
+
+void World::set_camera_access_allowed(bool allowed) {
+  std::lock_guard lock(mutex_);
+  camera_access_allowed_ = allowed;
+}
+
+hresult World::other_app_open_exclusive(const std::wstring& group_id) {
+  {
+    std::lock_guard lock(mutex_);
+    end_lingering_sessions();
+    auto group = std::find_if(groups_.begin(), groups_.end(), [&](auto& g) { return g->model.id == group_id; });
+    if (group == groups_.end()) return ids::kDeviceInvalidated;
+    for (const auto& entry : sessions_)
+      if (entry.group == *group && entry.mode == SharingMode::ExclusiveControl) return ids::kHardwareInUse;
+  }
+  set_held_by_other_app(group_id, true);
+  return HR_OK;
 }
 
 void World::set_held_by_other_app(const std::wstring& group_id, bool held) {
@@ -172,9 +208,16 @@ void World::set_held_by_other_app(const std::wstring& group_id, bool held) {
 
 int World::session_count(const std::wstring& group_id, std::optional<SharingMode> mode) {
   std::lock_guard lock(mutex_);
+  end_lingering_sessions();
   return int(std::count_if(sessions_.begin(), sessions_.end(), [&](const SessionEntry& e) {
     return e.group->model.id == group_id && (!mode || e.mode == *mode);
   }));
+}
+
+int World::open_session_count() {
+  std::lock_guard lock(mutex_);
+  end_lingering_sessions();
+  return int(sessions_.size());
 }
 
 void World::raise_failed(hresult code, const std::wstring& message, const std::optional<std::wstring>& group_id) {
@@ -248,6 +291,7 @@ hresult World::enter_call(PlatformCall call) {
     released_.wait_for(lock, fault.delay, [&] { return closing_ || release_generation_ != generation; });
     --delayed_calls_;
   }
+  if (fault.out_of_memory) throw std::bad_alloc();
   return fault.result;
 }
 
@@ -268,6 +312,11 @@ void World::set_unsupported_frames(bool unsupported) {
 
 bool World::frames_stopped() { return frames_stopped_; }
 bool World::unsupported_frames() { return unsupported_frames_; }
+
+void World::set_recording(bool on) {
+  std::lock_guard lock(mutex_);
+  recording_ = on;
+}
 
 Records World::copy_records() {
   std::lock_guard lock(mutex_);

@@ -45,6 +45,7 @@ enum class PlatformCall {
 struct CallFault {
   hresult result = HR_OK;                 // a failure is thrown (or returned) after the delay
   std::chrono::milliseconds delay{0};     // real time; release_slow_calls() cuts it short
+  bool out_of_memory = false;             // the call throws std::bad_alloc after the delay
 };
 
 // The live state of one source group. Removed groups stay valid for the objects that hold them.
@@ -94,10 +95,21 @@ class World {
   void rename_group(const std::wstring& id, std::wstring display_name);
 
   // ---- Sessions ----
-  // Registers an initialized session; throws PlatformError when the sharing rules refuse it.
+  // Registers an initialized session; throws PlatformError when the camera privacy setting
+  // denies access or the sharing rules refuse it.
   void open_session(const std::shared_ptr<SessionSink>& session, const std::shared_ptr<GroupState>& group,
                     platform::SharingMode mode);
+  // Ends a session at once (MediaCapture closed or shut down).
   void close_session(const SessionSink* session);
+  // A capture released without being closed: its session lingers for kReleaseLinger, as the
+  // platform tears an unclosed pipeline down on its own threads some time later.
+  void release_session(const SessionSink* session);
+  static constexpr std::chrono::milliseconds kReleaseLinger{200};
+  // The camera privacy setting: while off, every session's initialization is denied.
+  void set_camera_access_allowed(bool allowed);
+  // Another application asks for exclusive control: refused with 0xC00D3704 while a session of
+  // this process holds it (a lingering one included), else granted as set_held_by_other_app.
+  hresult other_app_open_exclusive(const std::wstring& group_id);
   // Exclusive control belongs to an application: this process's sessions share it, so only
   // another application can hold it against them. Caller holds mutex().
   bool exclusive_held_elsewhere(const GroupState& group) const { return group.held_by_other_app; }
@@ -105,6 +117,7 @@ class World {
   // preempted and fail) or gives it back; the group's sessions hear the status change.
   void set_held_by_other_app(const std::wstring& group_id, bool held);
   int session_count(const std::wstring& group_id, std::optional<platform::SharingMode> mode);
+  int open_session_count();  // of every group, lingering ones included
   void raise_failed(hresult code, const std::wstring& message, const std::optional<std::wstring>& group_id);
 
   // ---- Watchers ----
@@ -128,7 +141,13 @@ class World {
   bool unsupported_frames();   // caller holds mutex()
 
   // ---- Records ----
-  Records& records() { return records_; }  // caller holds mutex()
+  // Requests are recorded only while a test asks for them (off by default).
+  void set_recording(bool on);
+  // Runs `add` on the records when recording; caller holds mutex().
+  template <typename Add>
+  void record(Add add) {
+    if (recording_) add(records_);
+  }
   Records copy_records();
   void clear_records();
 
@@ -138,7 +157,10 @@ class World {
     const SessionSink* key;
     std::shared_ptr<GroupState> group;
     platform::SharingMode mode;
+    std::optional<std::chrono::steady_clock::time_point> lingers_until;  // set once released
   };
+
+  void end_lingering_sessions();  // caller holds mutex_
 
   // Sessions of a group, other than `except`, kept alive in `keep` (released after unlocking).
   std::vector<std::shared_ptr<SessionSink>> sessions_of(const GroupState* group, const SessionSink* except);
@@ -158,6 +180,8 @@ class World {
   bool frames_stopped_ = false;
   bool unsupported_frames_ = false;
   bool closing_ = false;
+  bool camera_access_allowed_ = true;
+  bool recording_ = false;
   Records records_;
 };
 

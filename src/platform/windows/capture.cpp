@@ -124,4 +124,6 @@ void WinrtCapture::remove_exclusive_control_status_changed(platform::EventToken 
 
 std::optional<hresult> WinrtCapture::shutdown_if_supported() { return windows::shutdown_if_supported(capture().get()); }
 
+void WinrtCapture::close() { check(query<abi::IClosable>(capture())->Close()); }
+
 }  // namespace vexcap::windows

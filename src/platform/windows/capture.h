@@ -23,6 +23,7 @@ class WinrtCapture final : public platform::Capture {
   platform::EventToken add_exclusive_control_status_changed(ExclusiveControlHandler handler) override;
   void remove_exclusive_control_status_changed(platform::EventToken token) override;
   std::optional<hresult> shutdown_if_supported() override;
+  void close() override;
 
  private:
   ComPtr<abi::IMediaCapture> capture() const { return capture_.resolve(); }
