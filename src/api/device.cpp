@@ -1,6 +1,7 @@
 #include "api/device.h"
 
 #include <chrono>
+#include <set>
 #include <thread>
 
 #include "api/client_init_thread.h"
@@ -41,11 +42,26 @@ hresult Device::open(const std::wstring& device_id, const vexcap_open_params& pa
   return open_client(shared_, device_id, params);
 }
 
+namespace {
+
+// Each distinct cause is logged once per open, not at every retry: the platform's answer to the
+// capture's initialization when there was one, else the attempt's own.
+void report_failed_attempt(const client::VexCap& client, hresult result, std::set<hresult>& reported) {
+  const hresult platform = client.last_capture_failure();
+  const hresult cause = failed(platform) ? platform : result;
+  if (!reported.insert(cause).second) return;
+  VXLOG('E', "Opening the camera failed: %08x; trying again every 100 ms", static_cast<unsigned>(cause));
+  if (cause == HR_ACCESSDENIED) VXLOG('E', "Camera access is denied: allow it in the camera privacy settings");
+}
+
+}  // namespace
+
 hresult Device::open_client(const std::shared_ptr<client::VexCap>& client,
                             const std::wstring& device_id, const vexcap_open_params& params) {
   // One initialization at a time per client: an attempt abandoned after the time limit finishes
   // before the next one starts, and a client it left initialized counts as opened.
   auto serial = std::make_shared<std::mutex>();
+  std::set<hresult> reported;
   for (;;) {
     const hresult result = run_client_initialization([client, serial, device_id, params] {
       std::lock_guard<std::mutex> lock(*serial);
@@ -55,6 +71,7 @@ hresult Device::open_client(const std::shared_ptr<client::VexCap>& client,
     });
     // Already initialized: a late attempt finished the job.
     if (result == HR_OK || result == HR_INVALID_STATE) return HR_OK;
+    report_failed_attempt(*client, result, reported);
     std::this_thread::sleep_for(kRetryPause);
   }
 }

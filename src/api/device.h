@@ -19,8 +19,9 @@ class Device {
   static std::shared_ptr<Device> create();
 
   // Initializes the exclusive client, then the shared one, each on its own thread with the
-  // 10000 ms limit. A failed initialization is tried again until it succeeds: a camera that
-  // never initializes keeps the request waiting, by design.
+  // 10000 ms limit. A failed initialization is tried again every 100 ms until it succeeds (each
+  // with a new capture; each distinct failure logged once): a camera that never initializes
+  // keeps the request waiting, by design.
   hresult open(const std::wstring& device_id, const vexcap_open_params& params);
   // Stops the exclusive client before the shared one. The device's event registrations end
   // with it.

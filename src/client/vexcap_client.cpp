@@ -75,6 +75,7 @@ std::wstring VexCap::device_id() const { return std::wstring(device_id_.data());
 hresult VexCap::initialize(const std::wstring& group_id, std::uint32_t reader_kind,
                            std::uint16_t format_arg1, std::uint16_t format_arg2) {
   if (initialized_) return HR_INVALID_STATE;
+  last_capture_failure_ = HR_OK;
   try {
     const auto groups = platform::current().find_all_source_groups();
     for (std::uint32_t i = 0; i < groups.size(); ++i) dump_source_group(groups[i].get(), i);
@@ -114,10 +115,8 @@ std::shared_ptr<platform::SourceGroup> VexCap::find_source_group(
 }
 
 bool VexCap::initialize_media_capture(const std::shared_ptr<platform::SourceGroup>& group) {
-  if (!capture_) {
-    capture_ = platform::current().create_capture();
-    capture_settings_.emplace();
-  }
+  if (!capture_) capture_ = platform::current().create_capture();
+  if (!capture_settings_) capture_settings_.emplace();
   platform::CaptureSettings& settings = *capture_settings_;
   settings.source_group = group;
   settings.sharing_mode = sharing_mode_for(stream_mode_);
@@ -126,20 +125,30 @@ bool VexCap::initialize_media_capture(const std::shared_ptr<platform::SourceGrou
   settings.streaming_capture_mode = platform::StreamingCaptureMode::Video;
   try {
     capture_->initialize(settings);
+    last_capture_failure_ = HR_OK;
     VXLOG('D', "MediaCapture is successfully initialized in mode %d.", static_cast<int>(stream_mode_));
     return true;
   } catch (const PlatformError& error) {
     VXLOG('E', "Failed to initialize media capture: %ws", error.message().c_str());
-    return false;
+    last_capture_failure_ = error.code();
   } catch (...) {
     VXLOG('E', "Unexpected exception caught.");
-    return false;
+    last_capture_failure_ = HR_FAIL;
   }
+  // The platform never initializes this instance again: the next attempt takes a new one.
+  drop_capture();
+  return false;
+}
+
+void VexCap::drop_capture() {
+  if (!capture_) return;
+  teardown_step([&] { capture_->close(); });
+  capture_.reset();
 }
 
 void VexCap::reader_init(std::uint32_t reader_kind, std::uint16_t format_arg1,
                          std::uint16_t format_arg2) {
-  if (!source_group_ || frame_reader_) {
+  if (!source_group_ || frame_reader_ || !capture_) {
     VXLOG('E', "Wrong state for reader_init");
     return;
   }
@@ -198,6 +207,7 @@ controls::PropertyTarget VexCap::property_target() const {
 }
 
 void VexCap::subscribe_to_capture_failures() {
+  if (!capture_) return;  // a recovery whose new capture could not initialize
   std::weak_ptr<VexCap> weak = weak_from_this();
   // The failing instance stays alive while its handler runs, as the event source keeps it.
   std::weak_ptr<platform::Capture> reporter = capture_;

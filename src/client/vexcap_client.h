@@ -7,6 +7,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -41,8 +42,13 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   hresult initialize(const std::wstring& group_id, std::uint32_t reader_kind,
                      std::uint16_t format_arg1, std::uint16_t format_arg2);
   void reader_init(std::uint32_t reader_kind, std::uint16_t format_arg1, std::uint16_t format_arg2);
-  // True when the capture instance is ready; its callers go on whatever it answers.
+  // True when the capture instance is ready; its callers go on whatever it answers. A capture
+  // whose initialization failed is spent (the platform refuses to initialize it again): it is
+  // closed and dropped, so the client holds none and the next attempt starts afresh.
   bool initialize_media_capture(const std::shared_ptr<platform::SourceGroup>& group);
+  // The platform's answer to the last failed capture initialization (privacy settings, the
+  // camera held elsewhere, ...); HR_OK once one succeeded.
+  hresult last_capture_failure() const { return last_capture_failure_.load(); }
 
   // Selects the format with code `format_index`; apply flag 1 runs the reader briefly with it.
   hresult enable_stream_type(std::int32_t format_index, std::uint32_t apply_flag);
@@ -129,6 +135,7 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   // and the capture, in that order; every step runs whatever the earlier ones met. False when
   // any platform call failed (each is logged).
   bool release_capture();
+  void drop_capture();  // closes the capture (logged on failure) and lets it go
   void load_extension_unit(std::uint32_t reader_kind);
   void switch_llc_on();
   hresult on_frame_arrived(platform::FrameReader& reader);
@@ -155,6 +162,7 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   platform::EventToken exclusive_control_token_ = 0;
   std::shared_ptr<platform::Capture> capture_;  // agile: handlers reach it from other threads
   std::optional<platform::CaptureSettings> capture_settings_;
+  std::atomic<hresult> last_capture_failure_{HR_OK};
 
   std::mutex callback_lock_;  // guards frame_callback_ and frame_context_
   vexcap_frame_callback frame_callback_ = nullptr;

@@ -1,4 +1,5 @@
-// A device's camera sessions from its open to its close: the teardown that frees the camera the
+// A device's camera sessions from its open to its close: an open that retries a camera it
+// cannot initialize (each time with a new capture), and the teardown that frees the camera the
 // moment close answers.
 #include <gtest/gtest.h>
 
@@ -10,17 +11,35 @@
 #include <thread>
 
 #include "support/library_fixture.h"
+#include "support/log_capture.h"
 
 namespace vexcap {
 namespace {
 
 namespace vc = virtual_camera;
 using namespace std::chrono_literals;
+using testing::LogCapture;
 
 std::wstring group_id() { return *vc::default_scenario().groups.at(0).id; }
 
 bool give_back(vexcap_frame* frame, void*) {
   vexcap_return_frame(frame);
+  return true;
+}
+
+int count_starting_with(const LogCapture& log, const std::string& prefix) {
+  int count = 0;
+  for (const std::string& line : log.lines()) count += line.rfind(prefix, 0) == 0;
+  return count;
+}
+
+// Waits (at most 5 s) until the log holds at least `count` lines starting with `prefix`.
+bool wait_for_line(const LogCapture& log, const std::string& prefix, int count = 1) {
+  const auto deadline = std::chrono::steady_clock::now() + 5s;
+  while (count_starting_with(log, prefix) < count) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(5ms);
+  }
   return true;
 }
 
@@ -46,8 +65,55 @@ class DeviceLifetime : public testing::LibraryTest {
     }));
     return opens_.back();
   }
+  // The same, with `log` hearing the open: it resumes once the open's clients exist (each
+  // client's construction switches the output off), held up in their first enumeration.
+  std::future<int>& open_heard(LogCapture& log, vexcap_device** device, std::uint32_t mode,
+                               std::wstring id = group_id()) {
+    vc::set_call_fault(vc::PlatformCall::FindAllSourceGroups, vc::CallFault{HR_OK, 10s});
+    std::future<int>& opened = open_later(device, mode, std::move(id));
+    EXPECT_TRUE(vc::wait_for_slow_call(5s));
+    log.resume();
+    vc::clear_faults();  // lets the enumeration go on
+    return opened;
+  }
   std::deque<std::future<int>> opens_;
 };
+
+TEST_F(DeviceLifetime, OpenWaitsOutThePrivacySettingAndSaysWhyOnce) {
+  LogCapture log;
+  vc::set_camera_access_allowed(false);
+  vexcap_device* device = nullptr;
+  std::future<int>& opened = open_heard(log, &device, VEXCAP_STREAM_MODE_EXCLUSIVE);
+  // Several attempts, each refused, one explanation.
+  ASSERT_TRUE(wait_for_line(log, "E: Failed to initialize media capture: Access is denied.", 3));
+  EXPECT_EQ(log.count("E: Opening the camera failed: 80070005; trying again every 100 ms"), 1);
+  EXPECT_EQ(log.count("E: Camera access is denied: allow it in the camera privacy settings"), 1);
+  EXPECT_EQ(opened.wait_for(0s), std::future_status::timeout);
+
+  vc::set_camera_access_allowed(true);  // a fresh capture takes the next attempt
+  ASSERT_EQ(opened.wait_for(5s), std::future_status::ready);
+  ASSERT_EQ(opened.get(), VEXCAP_OK);
+  EXPECT_EQ(vc::session_count(group_id(), platform::SharingMode::ExclusiveControl), 1);
+  EXPECT_EQ(vc::session_count(group_id(), platform::SharingMode::SharedReadOnly), 1);
+  EXPECT_EQ(vexcap_device_close(device), VEXCAP_OK);
+}
+
+// The platform throws no platform error but runs out of memory: the attempt fails like any
+// other, the process goes on and the open succeeds once memory is back.
+TEST_F(DeviceLifetime, AnInitializationThatRunsOutOfMemoryIsRetried) {
+  LogCapture log;
+  vexcap_device* device = nullptr;
+  std::future<int>& opened = open_heard(log, &device, VEXCAP_STREAM_MODE_SHARED);
+  vc::CallFault out_of_memory;
+  out_of_memory.out_of_memory = true;
+  vc::set_call_fault(vc::PlatformCall::Initialize, out_of_memory);
+  ASSERT_TRUE(wait_for_line(log, "E: Unexpected exception caught.", 2));
+  vc::clear_faults();
+  ASSERT_EQ(opened.wait_for(5s), std::future_status::ready);
+  ASSERT_EQ(opened.get(), VEXCAP_OK);
+  EXPECT_EQ(log.count("E: Opening the camera failed: 80004005; trying again every 100 ms"), 1);
+  EXPECT_EQ(vexcap_device_close(device), VEXCAP_OK);
+}
 
 TEST_F(DeviceLifetime, CloseFreesTheCameraForAnotherApplicationAtOnce) {
   for (std::uint32_t mode : {VEXCAP_STREAM_MODE_EXCLUSIVE, VEXCAP_STREAM_MODE_SHARED}) {
