@@ -82,6 +82,18 @@ const wchar_t* name_of(SetPropertyStatus status) {
   return L"";
 }
 
+const wchar_t* name_of(platform::ReaderStartStatus status) {
+  using platform::ReaderStartStatus;
+  switch (status) {
+    case ReaderStartStatus::Success: return L"Success";
+    case ReaderStartStatus::UnknownFailure: return L"UnknownFailure";
+    case ReaderStartStatus::DeviceNotAvailable: return L"DeviceNotAvailable";
+    case ReaderStartStatus::OutputFormatNotSupported: return L"OutputFormatNotSupported";
+    case ReaderStartStatus::ExclusiveControlNotAvailable: return L"ExclusiveControlNotAvailable";
+  }
+  return L"";
+}
+
 SourceKind source_kind_for_reader(std::uint32_t reader_kind) {
   switch (reader_kind) {
     case 0: return SourceKind::Color;

@@ -312,7 +312,17 @@ hresult VexCap::start_streaming(vexcap_frame_callback callback, void* context) {
       if (!client) return HR_DISCONNECTED;
       return client->on_frame_arrived(reader);
     });
-    frame_reader_->start();  // its start status is not examined
+    const platform::ReaderStartStatus status = frame_reader_->start();
+    if (status != platform::ReaderStartStatus::Success) {
+      // A reader that did not start delivers nothing: the host hears so (a grey source that
+      // cannot give NV12 is the likely one).
+      VXLOG('E', "Reader did not start: %ws (%d)", name_of(status), static_cast<int>(status));
+      frame_reader_->remove_frame_arrived(frame_arrived_token_);
+      frame_arrived_token_ = 0;
+      frame_callback_ = nullptr;
+      frame_context_ = nullptr;
+      return HR_INVALID_STATE;
+    }
     frame_callback_ = callback;
     frame_context_ = context;
   } catch (const PlatformError& error) {
