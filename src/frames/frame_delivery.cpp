@@ -1,6 +1,7 @@
 #include "frames/frame_delivery.h"
 
 #include <cstdlib>
+#include <optional>
 
 #include "client/vexcap_client.h"
 #include "common/host_callback.h"
@@ -31,6 +32,19 @@ bool is_delivered_format(platform::PixelFormat format) {
          format == platform::PixelFormat::Nv12;
 }
 
+// Where an NV12 bitmap's planes lie, from the platform's plane descriptions; nothing for other
+// formats or a bitmap that does not describe both planes.
+std::optional<Nv12Planes> nv12_planes(platform::LockedBitmap& locked, const vexcap_frame& record) {
+  if (record.pixel_format != static_cast<std::uint32_t>(platform::PixelFormat::Nv12) ||
+      locked.plane_count() < 2)
+    return std::nullopt;
+  const platform::PlaneDescription luma = locked.plane(0);
+  const platform::PlaneDescription chroma = locked.plane(1);
+  if (luma.start_index < 0 || chroma.start_index < 0) return std::nullopt;
+  return Nv12Planes{static_cast<std::size_t>(luma.start_index), static_cast<std::size_t>(chroma.start_index),
+                    chroma.stride};
+}
+
 // Copies every byte of the bitmap's buffer into the record, converting other formats to NV12
 // and turning the pixels upright on the way.
 void copy_pixels(std::shared_ptr<platform::Bitmap> bitmap, platform::FrameSource* source,
@@ -46,7 +60,7 @@ void copy_pixels(std::shared_ptr<platform::Bitmap> bitmap, platform::FrameSource
   }
   VXLOG('D', "Width: %u, Height: %u, Stride= %d", record.width, record.height, record.stride);
   // The whole capacity, not width x height: every plane with its row padding.
-  copy_pixels_upright(source, locked->data(), locked->capacity(), record);
+  copy_pixels_upright(source, locked->data(), locked->capacity(), record, nv12_planes(*locked, record));
 }
 
 }  // namespace

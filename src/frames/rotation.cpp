@@ -57,6 +57,14 @@ bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rot
 
 bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rotation rotation,
                          std::uint8_t* dst, const PixelKernels& kernels) {
+  const std::size_t pitch = static_cast<std::size_t>(layout.stride);
+  return rotate_quarter_turn(layout, src, src + std::size_t{layout.height} * pitch, pitch, rotation,
+                             dst, kernels);
+}
+
+bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src,
+                         const std::uint8_t* src_chroma, std::size_t chroma_pitch, Rotation rotation,
+                         std::uint8_t* dst, const PixelKernels& kernels) {
   if (!is_valid_layout(layout) || rotation == Rotation::By180) return false;
   const std::size_t src_pitch = static_cast<std::size_t>(layout.stride);
   const std::size_t unit = unit_bytes(layout.pixel_format);
@@ -65,10 +73,9 @@ bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rot
                dst_pitch);
 
   if (layout.pixel_format == kNv12) {
-    // U and V travel together as one 2-byte unit; chroma rows are as long as Y rows.
-    const std::uint8_t* src_chroma = src + std::size_t{layout.height} * src_pitch;
+    // U and V travel together as one 2-byte unit.
     std::uint8_t* dst_chroma = dst + std::size_t{layout.height} * layout.width;
-    rotate_units(kernels, src_chroma, src_pitch, {2, layout.width / 2, layout.height / 2},
+    rotate_units(kernels, src_chroma, chroma_pitch, {2, layout.width / 2, layout.height / 2},
                  rotation, dst_chroma, layout.height);
   } else if (layout.pixel_format == kYuy2) {
     // Note: for an even width the 270 turn leaves each pair V before U; this layout is never

@@ -29,6 +29,12 @@ bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rot
 // The same with the unit moves of `kernels`; the scalar table gives the function above.
 bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rotation rotation,
                          std::uint8_t* dst, const PixelKernels& kernels);
+// The same for an NV12 frame whose chroma plane lies elsewhere: at `src_chroma`, rows
+// `chroma_pitch` bytes apart (a platform may lay the luma plane out over more rows than the
+// frame has). The destination is packed as above.
+bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src,
+                         const std::uint8_t* src_chroma, std::size_t chroma_pitch, Rotation rotation,
+                         std::uint8_t* dst, const PixelKernels& kernels);
 
 // Rotates by 180 in place: every plane's units are reversed row by row (padding stays put), as
 // bytes for Gray8 and NV12's Y plane, as 2-byte units for Gray16, YUY2 and NV12's chroma pairs;
