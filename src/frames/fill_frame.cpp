@@ -21,6 +21,9 @@ bool is_rgb24_frame(platform::Frame& frame) {
 std::uint32_t fill_frame(client::VexCap& client, platform::Frame& frame, vexcap_frame& record,
                          std::shared_ptr<platform::Bitmap>& bitmap) {
   VXLOG('D', "Frame Metadata----------");
+  // Every frame counts towards the five after a control change, whatever becomes of it; a
+  // control is read back only once the camera can be expected to apply it.
+  const ControlReport report = client.control_tracker().next_frame();
 
   // Later rules override earlier ones: illumination, then the rate verdict, then the RGB24
   // conversion, then the LED read.
@@ -66,7 +69,7 @@ std::uint32_t fill_frame(client::VexCap& client, platform::Frame& frame, vexcap_
     record.height = static_cast<std::uint32_t>(bitmap->pixel_height());
   }
 
-  if (const std::optional<hresult> led_read = report_controls(client, record))
+  if (const std::optional<hresult> led_read = report_controls(client, report, record))
     status = static_cast<std::uint32_t>(*led_read);
 
   VXLOG('D', "Exposure: %llu", static_cast<unsigned long long>(record.exposure));

@@ -18,10 +18,8 @@ hresult read_led_power(client::VexCap& client, std::uint32_t& power) {
 
 }  // namespace
 
-std::optional<hresult> report_controls(client::VexCap& client, vexcap_frame& record) {
-  // A control is read back only once the camera can be expected to apply it.
-  const ControlReport report = client.control_tracker().next_frame();
-
+std::optional<hresult> report_controls(client::VexCap& client, const ControlReport& report,
+                                       vexcap_frame& record) {
   record.exposure = 0;
   if (report.report_exposure) {
     std::uint64_t exposure = 0;

@@ -1,8 +1,11 @@
-// What ends or holds back delivery, through the exports: a reader that does not start.
+// What ends or holds back delivery, through the exports: a reader that does not start, and the
+// frames that count towards a control's report.
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
+#include <mutex>
+#include <vector>
 
 #include "support/library_fixture.h"
 #include "support/log_capture.h"
@@ -33,6 +36,33 @@ TEST_F(DeliveryLimits, AReaderThatDoesNotStartAnswersAFailureAndSaysWhy) {
   EXPECT_TRUE(log.contains("E: Reader did not start: OutputFormatNotSupported (3)"));
   vc::advance_time(100ms);
   EXPECT_EQ(g_frames.load(), 0);
+}
+
+struct Exposures {
+  std::mutex mutex;
+  std::vector<std::uint64_t> values;
+};
+
+bool record_exposure(vexcap_frame* frame, void* context) {
+  auto* seen = static_cast<Exposures*>(context);
+  std::lock_guard<std::mutex> lock(seen->mutex);
+  seen->values.push_back(frame->exposure);
+  vexcap_return_frame(frame);
+  return true;
+}
+
+// Frames that end as an unsupported format still count towards the five after a change.
+TEST_F(DeliveryLimits, EveryFrameCountsTowardsAControlsReport) {
+  ASSERT_NE(open(VEXCAP_STREAM_MODE_EXCLUSIVE), nullptr);
+  ASSERT_EQ(vexcap_set_exposure(device_, 20000), 0);
+  Exposures seen;
+  ASSERT_EQ(vexcap_start_streaming(device_, record_exposure, &seen), 0);
+  vc::set_unsupported_frames(true);
+  for (int i = 0; i < 3; ++i) vc::advance_time(34ms);  // frames 1 to 3: no record
+  vc::set_unsupported_frames(false);
+  for (int i = 0; i < 3; ++i) vc::advance_time(34ms);  // frames 4 to 6
+  ASSERT_EQ(vexcap_stop_streaming(device_), 0);
+  EXPECT_EQ(seen.values, (std::vector<std::uint64_t>{0, 20000, 20000}));
 }
 
 }  // namespace
