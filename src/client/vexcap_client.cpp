@@ -343,6 +343,12 @@ VexCap::FrameCallback VexCap::frame_callback() {
   return {frame_callback_, frame_context_};
 }
 
+void VexCap::end_delivery() {
+  std::lock_guard<std::mutex> lock(callback_lock_);
+  frame_callback_ = nullptr;
+  frame_context_ = nullptr;
+}
+
 void VexCap::register_unsupported_format(vexcap_unsupported_format_callback callback,
                                          void* context) {
   std::lock_guard<std::mutex> lock(unsupported_format_lock_);

@@ -93,6 +93,8 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
     void* context = nullptr;
   };
   FrameCallback frame_callback();
+  // The host's callback answered false: no further frame reaches it until the next start.
+  void end_delivery();
 
   // Frames per second the host accepts, 0 = no limit.
   void set_frame_rate_limit(std::uint32_t frames_per_second) { frame_rate_limit_.set(frames_per_second); }

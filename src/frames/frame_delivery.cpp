@@ -87,8 +87,11 @@ hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& read
 
     // No lock of the library's is held here: start and stop never wait for the host.
     HostCallbackScope marked;
-    if (!callback(record.release(), context)) return HR_DISCONNECTED;
-    return HR_OK;
+    if (callback(record.release(), context)) return HR_OK;
+    // False ends delivery of this stream, whichever subscription brought the frame, until the
+    // host starts streaming again.
+    client.end_delivery();
+    return HR_DISCONNECTED;
   } catch (const platform::PlatformError& error) {
     VXLOG('E', "frame delivery failed: %ws", error.message().c_str());
     return error.code();

@@ -1,10 +1,13 @@
-// What ends or holds back delivery, through the exports: a reader that does not start, and the
-// frames that count towards a control's report.
+// What ends or holds back delivery, through the exports: a reader that does not start, a
+// callback answering false while a second start replaces its subscription, and the frames that
+// count towards a control's report.
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 #include "support/library_fixture.h"
@@ -36,6 +39,57 @@ TEST_F(DeliveryLimits, AReaderThatDoesNotStartAnswersAFailureAndSaysWhy) {
   EXPECT_TRUE(log.contains("E: Reader did not start: OutputFormatNotSupported (3)"));
   vc::advance_time(100ms);
   EXPECT_EQ(g_frames.load(), 0);
+}
+
+// A callback blocked in the first frame while the host starts the stream again: its false
+// answer, seen after the start replaced its subscription, still ends the stream.
+struct Gate {
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool inside = false;
+  bool open = false;
+  std::atomic<int> calls{0};
+};
+
+bool refuse_after_waiting(vexcap_frame* frame, void* context) {
+  auto* gate = static_cast<Gate*>(context);
+  vexcap_return_frame(frame);
+  if (gate->calls++ > 0) return false;
+  std::unique_lock<std::mutex> lock(gate->mutex);
+  gate->inside = true;
+  gate->changed.notify_all();
+  gate->changed.wait(lock, [&] { return gate->open; });
+  return false;
+}
+
+TEST_F(DeliveryLimits, AFalseAnswerFromAReplacedSubscriptionEndsTheStream) {
+  for (std::uint32_t mode : {VEXCAP_STREAM_MODE_SHARED, VEXCAP_STREAM_MODE_EXCLUSIVE}) {
+    SCOPED_TRACE(mode);
+    ASSERT_NE(open(mode), nullptr);
+    Gate gate;
+    ASSERT_EQ(vexcap_start_streaming(device_, refuse_after_waiting, &gate), 0);
+    std::thread frame([] { vc::advance_time(34ms); });  // returns once the callback has
+    {
+      std::unique_lock<std::mutex> lock(gate.mutex);
+      ASSERT_TRUE(gate.changed.wait_for(lock, 5s, [&] { return gate.inside; }));
+    }
+    ASSERT_EQ(vexcap_start_streaming(device_, refuse_after_waiting, &gate), 0);
+    {
+      std::lock_guard<std::mutex> lock(gate.mutex);
+      gate.open = true;
+      gate.changed.notify_all();
+    }
+    frame.join();
+    for (int i = 0; i < 4; ++i) vc::advance_time(34ms);
+    EXPECT_EQ(gate.calls.load(), 1);
+    // Started once more, it delivers again.
+    ASSERT_EQ(vexcap_start_streaming(device_, refuse_after_waiting, &gate), 0);
+    vc::advance_time(34ms);
+    EXPECT_EQ(gate.calls.load(), 2);
+    ASSERT_EQ(vexcap_device_close(device_), 0);
+    device_ = nullptr;
+    vexcap_exit();
+  }
 }
 
 struct Exposures {
