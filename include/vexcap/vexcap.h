@@ -101,7 +101,12 @@ typedef struct vexcap_frame {
  *
  * From inside any callback of the library (frames and device events), stops, closes and the
  * device-event registrations and unregistrations answer 0 at once and take effect right after
- * the callback, in the order they were asked for. */
+ * the callback, in the order they were asked for.
+ *
+ * A stream holds at most VEXCAP_MAX_OUTSTANDING_FRAMES records the host has not returned, as a
+ * capture pipeline with a fixed pool of buffers does: past it, frames are dropped (a 'W' log
+ * line at the start of each run of drops) until records come back. */
+#define VEXCAP_MAX_OUTSTANDING_FRAMES 64
 typedef bool (*vexcap_frame_callback)(vexcap_frame* frame, void* context);
 
 /* ---- Device properties -------------------------------------------------------------------- */

@@ -10,6 +10,7 @@
 #include "api/request_args.h"
 #include "api/result_codes.h"
 #include "common/host_callback.h"
+#include "frames/outstanding_records.h"
 #include "log/log.h"
 #include "vexcap/vexcap.h"
 
@@ -216,6 +217,7 @@ VEXCAP_API int vexcap_stop_streaming_ex(vexcap_device* device, uint32_t stream_s
 
 VEXCAP_API int vexcap_return_frame(vexcap_frame* frame) {
   if (frame == nullptr) return VEXCAP_E_INVALID_ARG;
+  frames::record_returned(frame);  // its stream may deliver one more
   std::free(frame->data);
   std::free(frame);
   return VEXCAP_OK;

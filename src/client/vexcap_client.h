@@ -22,6 +22,7 @@
 #include "controls/extension_unit.h"
 #include "frames/control_tracker.h"
 #include "frames/frame_rate.h"
+#include "frames/outstanding_records.h"
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
 
@@ -95,6 +96,8 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   FrameCallback frame_callback();
   // The host's callback answered false: no further frame reaches it until the next start.
   void end_delivery();
+  // The records this client's frames handed to the host and not yet returned.
+  const std::shared_ptr<frames::OutstandingRecords>& outstanding_records() const { return outstanding_records_; }
 
   // Frames per second the host accepts, 0 = no limit.
   void set_frame_rate_limit(std::uint32_t frames_per_second) { frame_rate_limit_.set(frames_per_second); }
@@ -169,6 +172,8 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   std::mutex callback_lock_;  // guards frame_callback_ and frame_context_
   vexcap_frame_callback frame_callback_ = nullptr;
   void* frame_context_ = nullptr;
+  const std::shared_ptr<frames::OutstandingRecords> outstanding_records_ =
+      std::make_shared<frames::OutstandingRecords>();
 
   std::mutex exclusive_control_lock_;  // guards the two fields below
   vexcap_excl_ctrl_status_callback exclusive_control_callback_ = nullptr;

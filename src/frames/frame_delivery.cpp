@@ -1,11 +1,13 @@
 #include "frames/frame_delivery.h"
 
 #include <cstdlib>
+#include <new>
 #include <optional>
 
 #include "client/vexcap_client.h"
 #include "common/host_callback.h"
 #include "frames/fill_frame.h"
+#include "frames/outstanding_records.h"
 #include "frames/record_rotation.h"
 #include "log/log.h"
 
@@ -63,6 +65,25 @@ void copy_pixels(std::shared_ptr<platform::Bitmap> bitmap, platform::FrameSource
   copy_pixels_upright(source, locked->data(), locked->capacity(), record, nv12_planes(*locked, record));
 }
 
+// A reservation of one of the stream's outstanding records, given back unless the record
+// reached the host.
+class Reservation {
+ public:
+  explicit Reservation(std::shared_ptr<OutstandingRecords> records) : records_(std::move(records)) {}
+  ~Reservation() {
+    if (records_) records_->cancel();
+  }
+  Reservation(const Reservation&) = delete;
+  Reservation& operator=(const Reservation&) = delete;
+  void hand_over(const vexcap_frame* record) {
+    records_->hand_over(record);
+    records_.reset();
+  }
+
+ private:
+  std::shared_ptr<OutstandingRecords> records_;
+};
+
 }  // namespace
 
 hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& reader) {
@@ -72,9 +93,14 @@ hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& read
 
   const auto [callback, context] = client.frame_callback();
   if (!callback) return HR_OK;  // nobody listens: no record is built
+  // A host that keeps its records holds at most the stream's limit; further frames are dropped.
+  const std::shared_ptr<OutstandingRecords> outstanding = client.outstanding_records();
+  if (!outstanding->reserve()) return HR_OK;
+  Reservation reservation(outstanding);
 
   try {
     OwnedRecord record(static_cast<vexcap_frame*>(std::calloc(1, sizeof(vexcap_frame))));
+    if (!record) throw std::bad_alloc();
     std::shared_ptr<platform::Bitmap> bitmap;
     const std::uint32_t status = fill_frame(client, *frame, *record, bitmap);
     if (status == kFrameTooFast) return HR_OK;
@@ -86,6 +112,7 @@ hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& read
     copy_pixels(std::move(bitmap), client.frame_source().get(), *record);
 
     // No lock of the library's is held here: start and stop never wait for the host.
+    reservation.hand_over(record.get());
     HostCallbackScope marked;
     if (callback(record.release(), context)) return HR_OK;
     // False ends delivery of this stream, whichever subscription brought the frame, until the
@@ -95,6 +122,9 @@ hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& read
   } catch (const platform::PlatformError& error) {
     VXLOG('E', "frame delivery failed: %ws", error.message().c_str());
     return error.code();
+  } catch (const std::bad_alloc&) {
+    VXLOG('E', "frame delivery failed: out of memory");
+    return HR_OUTOFMEMORY;
   }
 }
 

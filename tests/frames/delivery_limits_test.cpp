@@ -1,6 +1,6 @@
 // What ends or holds back delivery, through the exports: a reader that does not start, a
-// callback answering false while a second start replaces its subscription, and the frames that
-// count towards a control's report.
+// callback answering false while a second start replaces its subscription, a host that keeps
+// every record, and the frames that count towards a control's report.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -90,6 +90,42 @@ TEST_F(DeliveryLimits, AFalseAnswerFromAReplacedSubscriptionEndsTheStream) {
     device_ = nullptr;
     vexcap_exit();
   }
+}
+
+struct Kept {
+  std::mutex mutex;
+  std::vector<vexcap_frame*> frames;
+};
+
+bool keep_every_record(vexcap_frame* frame, void* context) {
+  auto* kept = static_cast<Kept*>(context);
+  std::lock_guard<std::mutex> lock(kept->mutex);
+  kept->frames.push_back(frame);
+  return true;
+}
+
+TEST_F(DeliveryLimits, AHostThatKeepsItsRecordsHoldsAtMostTheLimit) {
+  ASSERT_NE(open(VEXCAP_STREAM_MODE_SHARED), nullptr);
+  Kept kept;
+  ASSERT_EQ(vexcap_start_streaming(device_, keep_every_record, &kept), 0);
+  for (int i = 0; i < 100; ++i) vc::advance_time(34ms);
+  ASSERT_EQ(kept.frames.size(), 64u);
+  EXPECT_EQ(log.count("W: Frame dropped: the host holds 64 records of this stream"), 1);
+
+  // One back, one more delivered; then the stream is at its limit again.
+  vexcap_return_frame(kept.frames.back());
+  kept.frames.pop_back();
+  for (int i = 0; i < 3; ++i) vc::advance_time(34ms);
+  EXPECT_EQ(kept.frames.size(), 64u);
+  EXPECT_EQ(log.count("W: Frame dropped: the host holds 64 records of this stream"), 2);
+
+  // All back: delivery resumes at the camera's rate.
+  for (vexcap_frame* frame : kept.frames) vexcap_return_frame(frame);
+  kept.frames.clear();
+  for (int i = 0; i < 10; ++i) vc::advance_time(34ms);
+  EXPECT_EQ(kept.frames.size(), 10u);
+  ASSERT_EQ(vexcap_stop_streaming(device_), 0);
+  for (vexcap_frame* frame : kept.frames) vexcap_return_frame(frame);
 }
 
 struct Exposures {
