@@ -79,6 +79,7 @@ FormatTable collect_format_table(const std::vector<std::shared_ptr<platform::Fra
   FormatTable table = run_pass(formats, {L"NV12", L"GRAY8", L"L8"}, true, colour, arg1, arg2);
   for (const wchar_t* subtype : {L"NV12", L"YUY2", L"RGB24"}) {
     FormatTable pass = run_pass(formats, {subtype}, false, colour, arg1, arg2);
+    // An empty pass keeps what the earlier ones found (see the header for why).
     if (!pass.empty()) table = std::move(pass);
   }
   return table;

@@ -31,10 +31,14 @@ std::optional<std::uint32_t> format_code(bool colour, std::uint32_t width, std::
 // Builds the table in four passes over the supported formats: one for "NV12", "GRAY8" and
 // "L8" (which logs every format it sees), then one each for "NV12", "YUY2" and "RGB24".
 //
-// Each pass collects the formats of its subtypes into a fresh table. A pass that accepted
-// nothing leaves the table as it was; one that accepted something replaces it, so the last
-// pass that found its subtype decides the table: RGB24 (converted by the library) over YUY2
-// over NV12 over the grey formats. Within a pass the first format in list order keeps a code.
+// Each pass collects the formats of its subtypes into a fresh table. One that accepted
+// something replaces the table, so the last pass that accepted a format decides it: RGB24
+// (converted by the library) over YUY2 over NV12 over the grey formats. A pass that accepted
+// nothing, even where its subtype is offered at sizes without a code, leaves the table as it
+// was: the codes a host can select stay those of formats the camera has. (Replacing the table
+// with an empty one would leave a camera without formats to select, and the high-resolution
+// answer, property 22, at "none" on a camera with 1080p NV12 whose RGB24 is only 640x480.)
+// Within a pass the first format in list order keeps a code.
 FormatTable collect_format_table(const std::vector<std::shared_ptr<platform::FrameFormat>>& formats,
                                  bool colour, std::uint16_t format_arg1, std::uint16_t format_arg2);
 

@@ -92,6 +92,12 @@ TEST(FormatTable, TheLastPassThatFindsItsSubtypeDecides) {
   ASSERT_EQ(with_rgb24.size(), 1u);
   EXPECT_TRUE(table_has_subtype(with_rgb24, L"RGB24"));
   EXPECT_EQ(with_rgb24.at(11).position, 2u);
+
+  // RGB24 offered only at a size without a code: the pass accepts nothing, the YUY2 table stays.
+  const auto rgb24_without_code = collect_format_table(
+      formats({{L"YUY2", 1920, 1080, 30}, {L"RGB24", 800, 600, 30}}), true, 640, 480);
+  ASSERT_EQ(rgb24_without_code.size(), 1u);
+  EXPECT_EQ(rgb24_without_code.at(18).subtype, L"YUY2");
 }
 
 TEST(FormatTable, NoAcceptedFormatGivesAnEmptyTable) {
