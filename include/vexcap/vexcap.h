@@ -3,7 +3,10 @@
  *
  * 33 flat functions drive an infrared (and optionally colour) camera. Every function may be
  * called from any thread; calls are serialized inside the library. Call vexcap_init() before
- * anything else and vexcap_exit() last; close devices before vexcap_exit().
+ * anything else and vexcap_exit() last; close devices before vexcap_exit(). vexcap_exit with
+ * devices still open ends their streams and releases their camera sessions before it stops the
+ * platform's runtime; their handles stay the host's to free with vexcap_device_close, which
+ * then answers VEXCAP_E_INVALID_STATE.
  *
  * The header compiles as C99 and as C++. Records have fixed layouts (asserted below).
  */

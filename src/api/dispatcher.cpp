@@ -22,6 +22,7 @@ Dispatcher::~Dispatcher() = default;
 bool Dispatcher::dispatch(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
   switch (message) {
     case kMsgExit:
+      end_devices_left_open();  // their captures go before Media Foundation and the runtime
       runtime_.shutdown();
       slots_.result = HR_OK;
       return true;
@@ -148,6 +149,14 @@ hresult Dispatcher::close_device(const vexcap_device& handle) {
   std::shared_ptr<Device> device = std::move(slot);  // a second close finds the slot empty
   device->close();
   return HR_OK;
+}
+
+void Dispatcher::end_devices_left_open() {
+  std::vector<std::shared_ptr<Device>> open = std::move(unreachable_devices_);
+  for (std::shared_ptr<Device>* slot : {&mode_zero_device_, &non_zero_mode_device_})
+    if (*slot) open.push_back(std::move(*slot));
+  if (!open.empty()) VXLOG('W', "Exit with %u device(s) still open: ending their capture", static_cast<unsigned>(open.size()));
+  for (const std::shared_ptr<Device>& device : open) device->close();
 }
 
 hresult Dispatcher::start_streaming(const vexcap_device& handle, std::uintptr_t callback_args,

@@ -31,6 +31,9 @@ class Dispatcher final : public RequestHandler {
   void handle_vid_pid_used(std::uintptr_t wparam, std::intptr_t lparam);
   hresult open_device(const wchar_t* device_id, const vexcap_open_params& params);
   hresult close_device(const vexcap_device& handle);
+  // At exit, before the runtimes stop: every device still open has its readers, sessions and
+  // captures ended. The host's handles stay the host's to free.
+  void end_devices_left_open();
   hresult start_streaming(const vexcap_device& handle, std::uintptr_t callback_args, bool by_selector);
   hresult stop_streaming(const vexcap_device& handle, bool by_selector);
   hresult unsupported_format_event(std::uint32_t message, const vexcap_device& handle,

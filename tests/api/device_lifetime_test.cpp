@@ -1,6 +1,6 @@
-// A device's camera sessions from its open to its close: an open that retries a camera it
-// cannot initialize (each time with a new capture), and the teardown that frees the camera the
-// moment close answers.
+// A device's camera sessions from its open to its close or vexcap_exit: an open that retries a
+// camera it cannot initialize (each time with a new capture), the teardown that frees the
+// camera the moment close answers, and exit with devices still open.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -140,6 +140,29 @@ TEST_F(DeviceLifetime, CloseAfterTheCameraWentReleasesEverything) {
   EXPECT_EQ(vc::session_count(group_id()), 0);
   vc::add_group(vc::default_scenario().groups.at(0));
   EXPECT_EQ(vc::other_app_open_exclusive(group_id()), HR_OK);
+}
+
+// Exit with devices open (one of them made unreachable by a second open of its slot): their
+// readers, sessions and captures end before Media Foundation and the runtime stop.
+TEST_F(DeviceLifetime, ExitEndsTheCaptureOfDevicesLeftOpenBeforeTheRuntimeStops) {
+  LogCapture log;
+  vexcap_device* devices[3] = {};
+  ASSERT_EQ(open_later(&devices[0], VEXCAP_STREAM_MODE_SHARED).get(), VEXCAP_OK);
+  ASSERT_EQ(open_later(&devices[1], VEXCAP_STREAM_MODE_SHARED).get(), VEXCAP_OK);
+  ASSERT_EQ(open_later(&devices[2], VEXCAP_STREAM_MODE_EXCLUSIVE).get(), VEXCAP_OK);
+  log.resume();
+  for (vexcap_device* device : {devices[1], devices[2]})
+    ASSERT_EQ(vexcap_start_streaming(device, give_back, nullptr), 0);
+  vc::advance_time(34ms);
+  EXPECT_EQ(vc::session_count(group_id()), 6);
+
+  EXPECT_EQ(vexcap_exit(), VEXCAP_OK);
+  EXPECT_TRUE(log.contains("W: Exit with 3 device(s) still open: ending their capture"));
+  EXPECT_EQ(runtime().sessions_open_at_mf_shutdown(), 0);
+  EXPECT_EQ(vc::session_count(group_id()), 0);
+  EXPECT_EQ(vc::other_app_open_exclusive(group_id()), HR_OK);
+  // The handles are still the host's to free.
+  for (vexcap_device* device : devices) EXPECT_EQ(vexcap_device_close(device), VEXCAP_E_INVALID_STATE);
 }
 
 }  // namespace
