@@ -2,11 +2,16 @@
  * VexcapLib public interface.
  *
  * 33 flat functions drive an infrared (and optionally colour) camera. Every function may be
- * called from any thread; calls are serialized inside the library. Call vexcap_init() before
- * anything else and vexcap_exit() last; close devices before vexcap_exit(). vexcap_exit with
- * devices still open ends their streams and releases their camera sessions before it stops the
- * platform's runtime; their handles stay the host's to free with vexcap_device_close, which
- * then answers VEXCAP_E_INVALID_STATE.
+ * called from any thread; calls are serialized inside the library, in the order they came.
+ * Call vexcap_init() before anything else and vexcap_exit() last; close devices before
+ * vexcap_exit().
+ *
+ * vexcap_init and vexcap_exit may race each other from any number of threads: the library
+ * starts once (every racing vexcap_init answers 0) and ends once (every other vexcap_exit
+ * answers 0, as without a library). Requests made while the library is not running answer
+ * VEXCAP_E_INVALID_STATE. vexcap_exit with devices still open ends their streams and releases
+ * their camera sessions before it stops the platform's runtime; their handles stay the host's
+ * to free with vexcap_device_close, which then answers VEXCAP_E_INVALID_STATE.
  *
  * The header compiles as C99 and as C++. Records have fixed layouts (asserted below).
  */
@@ -97,14 +102,22 @@ typedef struct vexcap_frame {
 } vexcap_frame;
 
 /* Called on a platform thread for every frame; return true to go on receiving frames,
- * false to stop delivery until streaming is started again. The record belongs to the host
- * from this call on. vexcap_return_frame, vexcap_stop_streaming(_ex) and vexcap_device_close
- * may be called from here: the stop or close then answers 0 at once and takes effect right
- * after the callback. Other requests from here may wait for a stop of this very stream.
+ * false to stop delivery of that stream until streaming is started again (no callback of the
+ * stream starts after the false answer is seen, even when the stream was started again while
+ * the callback ran). The record belongs to the host from this call on. vexcap_return_frame,
+ * vexcap_stop_streaming(_ex) and vexcap_device_close may be called from here: the stop or
+ * close then answers 0 at once and takes effect right after the callback. Other requests from
+ * here may wait for a stop of this very stream.
  *
- * From inside any callback of the library (frames and device events), stops, closes and the
- * device-event registrations and unregistrations answer 0 at once and take effect right after
- * the callback, in the order they were asked for.
+ * Deferred requests. From inside any callback of the library (frames and device events),
+ * vexcap_stop_streaming, vexcap_stop_streaming_ex, vexcap_device_close and the eight
+ * device-event registrations and unregistrations answer 0 at once (VEXCAP_E_INVALID_STATE
+ * when vexcap_exit has begun) and run right after the callback, in the order they were asked
+ * for. Each applies to the device open in its handle's slot when it was asked for, a stop to
+ * the stream running then: when that device was closed, or the stream started again, before
+ * the request runs, it does nothing. A failure of a deferred request is reported on the
+ * diagnostic log ('E' line). A call from any other thread waits for the deferred requests
+ * asked for before it.
  *
  * A stream holds at most VEXCAP_MAX_OUTSTANDING_FRAMES records the host has not returned, as a
  * capture pipeline with a fixed pool of buffers does: past it, frames are dropped (a 'W' log
@@ -240,10 +253,19 @@ VEXCAP_API int vexcap_is_vidpid_used_by_device(const wchar_t* group_id, const wc
 VEXCAP_API int vexcap_get_source_group_type_for_vid_pid(const wchar_t* vid, const wchar_t* pid,
                                                         uint32_t* type);
 
+/* Opens the camera whose group id is device_id. A camera that cannot be initialized (no such
+ * id, no source of the stream mode's kind, held by another application, denied by the privacy
+ * settings) is tried again every 100 ms until it can, each distinct failure logged once; the
+ * call does not return before, unless vexcap_exit from another thread ends it: it then
+ * answers VEXCAP_E_FAIL. */
 VEXCAP_API int vexcap_device_open(vexcap_device** device, const wchar_t* device_id,
                                   const vexcap_open_params* params);
+/* Frees the handle whatever it answers. Once it answered, the camera is free for other
+ * applications. */
 VEXCAP_API int vexcap_device_close(vexcap_device* device);
 
+/* VEXCAP_E_INVALID_STATE also when the camera's reader does not start (for instance an infrared
+ * source that cannot deliver NV12); the log names the platform's reason. */
 VEXCAP_API int vexcap_start_streaming(vexcap_device* device, vexcap_frame_callback callback,
                                       void* context);
 VEXCAP_API int vexcap_start_streaming_ex(vexcap_device* device, vexcap_frame_callback callback,

@@ -1,7 +1,10 @@
 #include "api/client_init_thread.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <exception>
+#include <new>
 #include <memory>
 #include <mutex>
 #include <system_error>
@@ -23,14 +26,30 @@ struct InitRecord {
   bool finished = false;
 };
 
+// The initialization's own answer; an exception never leaves its thread.
+hresult initialize_guarded(const std::function<hresult()>& initialize) {
+  try {
+    return initialize();
+  } catch (const std::bad_alloc&) {
+    VXLOG('E', "Client initialization failed: out of memory");
+    return HR_OUTOFMEMORY;
+  } catch (const std::exception& error) {
+    VXLOG('E', "Client initialization failed: %s", error.what());
+    return HR_FAIL;
+  }
+}
+
+constexpr auto kExitCheck = std::chrono::milliseconds(20);
+
 }  // namespace
 
-hresult run_client_initialization(std::function<hresult()> initialize, std::uint32_t timeout_ms) {
+hresult run_client_initialization(std::function<hresult()> initialize, std::uint32_t timeout_ms,
+                                  const ManualResetEvent* exit_requested) {
   auto record = std::make_shared<InitRecord>();
   std::thread thread;
   try {
     thread = std::thread([record, initialize = std::move(initialize)] {
-      const hresult result = initialize();
+      const hresult result = initialize_guarded(initialize);
       std::lock_guard<std::mutex> lock(record->mutex);
       record->result = result;
       record->finished = true;
@@ -42,8 +61,18 @@ hresult run_client_initialization(std::function<hresult()> initialize, std::uint
   }
 
   std::unique_lock<std::mutex> lock(record->mutex);
-  const bool finished = record->done.wait_for(lock, std::chrono::milliseconds(timeout_ms),
-                                              [&] { return record->finished; });
+  // Waited for in short slices when vexcap_exit may end the wait.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
+  bool finished = false;
+  while (!finished && std::chrono::steady_clock::now() < deadline) {
+    const auto slice = exit_requested ? std::min(deadline, std::chrono::steady_clock::now() + kExitCheck) : deadline;
+    finished = record->done.wait_until(lock, slice, [&] { return record->finished; });
+    if (!finished && exit_requested && exit_requested->is_set()) {
+      lock.unlock();
+      thread.detach();  // it finishes on its own, as after a time-out
+      return HR_ABORT;
+    }
+  }
   if (!finished) {
     lock.unlock();
     VXLOG('E', "Time out waiting for init thread to finish");

@@ -1,11 +1,12 @@
 #include "api/context.h"
 
-#include <atomic>
 #include <utility>
 
 #include "api/dispatcher.h"
 #include "api/messages.h"
+#include "api/request_args.h"
 #include "api/result_codes.h"
+#include "common/host_callback.h"
 #include "log/log.h"
 #include "vexcap/vexcap.h"
 
@@ -14,23 +15,51 @@ namespace vexcap::api {
 namespace {
 
 // The contract makes the context process-wide: one request thread serves the whole process.
-std::atomic<Context*> g_context{nullptr};
+struct LibraryState {
+  std::mutex lifecycle;  // held through every vexcap_init and vexcap_exit
+  std::mutex pointer;    // guards context
+  std::shared_ptr<Context> context;
+};
+
+LibraryState& library() {
+  static LibraryState state;
+  return state;
+}
+
+void publish(std::shared_ptr<Context> context) {
+  std::lock_guard<std::mutex> lock(library().pointer);
+  library().context = std::move(context);
+}
 
 RequestThreadStarter& starter_override() {
   static RequestThreadStarter starter;
   return starter;
 }
 
-std::unique_ptr<RequestTransport> start_configured_request_thread(std::shared_ptr<RequestSlots> slots) {
-  // The dispatcher is built on the request thread and keeps the slots alive with it.
-  RequestHandlerFactory make_dispatcher = [slots] { return std::make_unique<Dispatcher>(*slots); };
+std::unique_ptr<RequestTransport> start_configured_request_thread(const Context& context) {
+  // The dispatcher is built on the request thread and keeps what it shares with the exports.
+  RequestHandlerFactory make_dispatcher = [slots = context.slots, devices = context.devices,
+                                           exit_requested = context.exit_requested] {
+    return std::make_unique<Dispatcher>(slots, devices, exit_requested);
+  };
   if (starter_override()) return starter_override()(std::move(make_dispatcher));
   return start_request_thread(std::move(make_dispatcher));
 }
 
-void tear_down(std::unique_ptr<Context> context) {
-  context->transport->stop();
-  context->transport.reset();
+// Sends the exit request (which ends the request thread's loop), then stops the thread. The
+// queue of deferred requests is run and closed first, while the request thread still serves it.
+hresult shut_down(Context& context) {
+  context.exit_requested->set();
+  context.deferred.close();
+  hresult result = HR_OK;
+  {
+    std::lock_guard<ReentrantMutex> lock(context.request_lock);
+    context.transport->send(kMsgExit, 0, 0);
+    result = context.slots->result.load();
+    context.stopped = true;
+  }
+  context.transport->stop();
+  return result;
 }
 
 }  // namespace
@@ -39,54 +68,66 @@ void set_request_thread_starter_for_testing(RequestThreadStarter starter) {
   starter_override() = std::move(starter);
 }
 
-Context* current_context() { return g_context.load(std::memory_order_acquire); }
+std::shared_ptr<Context> current_context() {
+  std::lock_guard<std::mutex> lock(library().pointer);
+  return library().context;
+}
 
 hresult send_request(Context& context, std::uint32_t message, std::uintptr_t wparam,
-                     std::intptr_t lparam) {
+                     std::intptr_t lparam, const std::function<void()>& before_send) {
   std::lock_guard<ReentrantMutex> lock(context.request_lock);
+  if (context.stopped) return HR_INVALID_STATE;  // exited meanwhile: as if never initialized
+  if (before_send) before_send();
   context.transport->send(message, wparam, lparam);
   return context.slots->result.load();
 }
 
-bool notify_capture_failure(const std::shared_ptr<client::VexCap>& client) {
-  Context* context = current_context();
-  if (context == nullptr) return false;
-  std::shared_ptr<client::VexCap> reference = client;  // held for the request
-  send_request(*context, kMsgCaptureFailed, 0, reinterpret_cast<std::intptr_t>(&reference));
-  return true;
+hresult send_direct_request(Context& context, std::uint32_t message, std::uintptr_t wparam,
+                            std::intptr_t lparam, const std::function<void()>& before_send) {
+  // From inside a callback the deferred requests may be waiting for this very thread.
+  if (!inside_host_callback()) context.deferred.wait_for_earlier();
+  return send_request(context, message, wparam, lparam, before_send);
+}
+
+bool notify_capture_failure(const std::weak_ptr<client::VexCap>& client) {
+  const std::shared_ptr<Context> context = current_context();
+  if (!context) return false;
+  // The queue is the context's own: it runs its requests before the context can go.
+  Context* const target = context.get();
+  return context->deferred.post([target, client] {
+    std::weak_ptr<client::VexCap> failed = client;  // resolved on the request thread
+    send_request(*target, kMsgCaptureFailed, 0, as_lparam(&failed));
+  });
 }
 
 int initialize_library() {
-  if (current_context() != nullptr) return VEXCAP_OK;  // a second init is a no-op
+  std::lock_guard<std::mutex> lifecycle(library().lifecycle);
+  if (current_context()) return VEXCAP_OK;  // a second init is a no-op
 
-  auto context = std::make_unique<Context>();
-  context->transport = start_configured_request_thread(context->slots);
+  auto context = std::make_shared<Context>();
+  context->transport = start_configured_request_thread(*context);
   if (!context->transport) {
     VXLOG('E', "Failed initializing the VXC thread");
     return static_cast<int>(HR_FAIL);  // raw, not mapped
   }
-  Context* started = context.get();
-  g_context.store(context.release(), std::memory_order_release);
+  publish(context);
 
-  const hresult result = send_request(*started, kMsgRuntimeStartup, 0, 0);
+  const hresult result = send_request(*context, kMsgRuntimeStartup, 0, 0);
   if (failed(result)) {
     VXLOG('E', "Failed initializing the VexCap: %08x", result);
-    send_request(*started, kMsgExit, 0, 0);
-    g_context.store(nullptr, std::memory_order_release);
-    tear_down(std::unique_ptr<Context>(started));
+    publish(nullptr);
+    shut_down(*context);
   }
   // A positive result is reported but the library stays up.
   return to_result_code(result);
 }
 
 int exit_library() {
-  Context* context = current_context();
-  if (context == nullptr) return VEXCAP_OK;
-  context->deferred.drain();
-  const hresult result = send_request(*context, kMsgExit, 0, 0);
-  g_context.store(nullptr, std::memory_order_release);
-  tear_down(std::unique_ptr<Context>(context));
-  return to_result_code(result);
+  std::lock_guard<std::mutex> lifecycle(library().lifecycle);
+  const std::shared_ptr<Context> context = current_context();
+  if (!context) return VEXCAP_OK;
+  publish(nullptr);  // requests from now on find no library
+  return to_result_code(shut_down(*context));
 }
 
 }  // namespace vexcap::api

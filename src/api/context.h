@@ -1,11 +1,14 @@
 // The library's process-wide context: the request thread and what its requests leave behind.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <mutex>
 
 #include "api/deferred_requests.h"
+#include "api/open_devices.h"
 #include "api/request_transport.h"
+#include "common/manual_reset_event.h"
 #include "common/reentrant_mutex.h"
 
 namespace vexcap::client {
@@ -16,28 +19,40 @@ namespace vexcap::api {
 
 struct Context {
   std::shared_ptr<RequestSlots> slots = std::make_shared<RequestSlots>();
+  // Set by vexcap_exit before it waits for anything: an open that keeps retrying gives up.
+  std::shared_ptr<ManualResetEvent> exit_requested = std::make_shared<ManualResetEvent>();
+  std::shared_ptr<OpenDevices> devices = std::make_shared<OpenDevices>();
   std::unique_ptr<RequestTransport> transport;
   // Held by every export around its send, never by the request thread. Recursive, like the
   // critical section hosts expect.
   ReentrantMutex request_lock;
-  // Stops and closes asked for from inside frame callbacks.
+  bool stopped = false;  // guarded by request_lock: the exit request has run, nothing more is sent
+  // Stops, closes and event (un)registrations asked for from inside callbacks, and recoveries.
+  // Declared last: it is closed first, while everything its requests use still stands.
   DeferredRequests deferred;
 };
 
-// Null while the library is not initialized.
-Context* current_context();
+// Null while the library is not initialized. Callers keep the context alive while they use it.
+std::shared_ptr<Context> current_context();
 
-// vexcap_init / vexcap_exit.
+// vexcap_init / vexcap_exit: serialized process-wide, so racing calls leave one request thread
+// or none.
 int initialize_library();
 int exit_library();
 
-// Sends one request under the request lock and returns the HRESULT its handler left. The result
-// is read before the lock is left, so a caller always reads its own request's result.
+// Sends one request under the request lock and returns the HRESULT its handler left (read
+// before the lock is left, so a caller always reads its own request's result). `before_send`
+// runs inside the lock right before the send. HR_INVALID_STATE, with nothing sent, once the
+// library has exited.
 hresult send_request(Context& context, std::uint32_t message, std::uintptr_t wparam,
-                     std::intptr_t lparam);
+                     std::intptr_t lparam, const std::function<void()>& before_send = {});
+// A host's own request: first waits for the requests deferred before it (outside callbacks),
+// so requests run in the order they were asked for.
+hresult send_direct_request(Context& context, std::uint32_t message, std::uintptr_t wparam,
+                            std::intptr_t lparam, const std::function<void()>& before_send = {});
 
-// Hands a capture failure to the request thread (message 1054, under the request lock); false
-// when there is no request thread.
-bool notify_capture_failure(const std::shared_ptr<client::VexCap>& client);
+// Hands a capture failure to the request thread (message 1054, in order with the deferred
+// requests) and returns at once; false when there is no request thread.
+bool notify_capture_failure(const std::weak_ptr<client::VexCap>& client);
 
 }  // namespace vexcap::api

@@ -20,7 +20,7 @@ constexpr auto kWorkerJoinLimit = std::chrono::milliseconds(5000);
 
 }  // namespace
 
-std::shared_ptr<Device> Device::create() {
+std::shared_ptr<Device> Device::create(std::shared_ptr<const ManualResetEvent> exit_requested) {
   auto exclusive = client::VexCap::create(VEXCAP_STREAM_MODE_EXCLUSIVE);
   if (!exclusive) {
     VXLOG('E', "Failed creating exclusive vexcap");
@@ -33,7 +33,7 @@ std::shared_ptr<Device> Device::create() {
   }
   // Only the exclusive client subscribes to capture failures; recovery runs on the request thread.
   exclusive->set_failure_notifier(notify_capture_failure);
-  return std::shared_ptr<Device>(new Device(std::move(shared), std::move(exclusive)));
+  return std::shared_ptr<Device>(new Device(std::move(shared), std::move(exclusive), std::move(exit_requested)));
 }
 
 hresult Device::open(const std::wstring& device_id, const vexcap_open_params& params) {
@@ -56,23 +56,26 @@ void report_failed_attempt(const client::VexCap& client, hresult result, std::se
 
 }  // namespace
 
-hresult Device::open_client(const std::shared_ptr<client::VexCap>& client,
-                            const std::wstring& device_id, const vexcap_open_params& params) {
+hresult Device::open_client(const std::shared_ptr<client::VexCap>& client, const std::wstring& device_id,
+                            const vexcap_open_params& params) {
+  const ManualResetEvent& exit_requested = *exit_requested_;
   // One initialization at a time per client: an attempt abandoned after the time limit finishes
   // before the next one starts, and a client it left initialized counts as opened.
   auto serial = std::make_shared<std::mutex>();
   std::set<hresult> reported;
   for (;;) {
-    const hresult result = run_client_initialization([client, serial, device_id, params] {
-      std::lock_guard<std::mutex> lock(*serial);
-      // The open parameters' stream mode names the source kind both clients read.
-      return client->initialize(device_id, params.stream_mode, params.format_arg1,
-                                params.format_arg2);
-    });
+    const hresult result = run_client_initialization(
+        [client, serial, device_id, params] {
+          std::lock_guard<std::mutex> lock(*serial);
+          // The open parameters' stream mode names the source kind both clients read.
+          return client->initialize(device_id, params.stream_mode, params.format_arg1, params.format_arg2);
+        },
+        kClientInitTimeoutMs, &exit_requested);
     // Already initialized: a late attempt finished the job.
     if (result == HR_OK || result == HR_INVALID_STATE) return HR_OK;
+    if (exit_requested.is_set()) return HR_ABORT;
     report_failed_attempt(*client, result, reported);
-    std::this_thread::sleep_for(kRetryPause);
+    if (exit_requested.wait_for(kRetryPause)) return HR_ABORT;
   }
 }
 

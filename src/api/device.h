@@ -8,6 +8,7 @@
 
 #include "client/vexcap_client.h"
 #include "common/hresult.h"
+#include "common/manual_reset_event.h"
 #include "common/worker_thread.h"
 #include "vexcap/vexcap.h"
 
@@ -15,13 +16,15 @@ namespace vexcap::api {
 
 class Device {
  public:
-  // Null when either client cannot be created.
-  static std::shared_ptr<Device> create();
+  // Null when either client cannot be created. `exit_requested` is vexcap_exit's signal: it ends
+  // an open that keeps retrying.
+  static std::shared_ptr<Device> create(std::shared_ptr<const ManualResetEvent> exit_requested);
 
   // Initializes the exclusive client, then the shared one, each on its own thread with the
   // 10000 ms limit. A failed initialization is tried again every 100 ms until it succeeds (each
   // with a new capture; each distinct failure logged once): a camera that never initializes
-  // keeps the request waiting, by design.
+  // keeps the request waiting, by design, until vexcap_exit asks the library to end, which makes
+  // it answer E_ABORT.
   hresult open(const std::wstring& device_id, const vexcap_open_params& params);
   // Stops the exclusive client before the shared one. The device's event registrations end
   // with it.
@@ -58,8 +61,9 @@ class Device {
   }
 
  private:
-  Device(std::shared_ptr<client::VexCap> shared, std::shared_ptr<client::VexCap> exclusive)
-      : shared_(std::move(shared)), exclusive_(std::move(exclusive)) {}
+  Device(std::shared_ptr<client::VexCap> shared, std::shared_ptr<client::VexCap> exclusive,
+         std::shared_ptr<const ManualResetEvent> exit_requested)
+      : shared_(std::move(shared)), exclusive_(std::move(exclusive)), exit_requested_(std::move(exit_requested)) {}
   hresult open_client(const std::shared_ptr<client::VexCap>& client, const std::wstring& device_id,
                       const vexcap_open_params& params);
 
@@ -72,6 +76,7 @@ class Device {
   std::shared_ptr<client::VexCap> exclusive_;
   std::unique_ptr<WorkerThread> worker_a_;
   std::unique_ptr<WorkerThread> worker_b_;
+  const std::shared_ptr<const ManualResetEvent> exit_requested_;
 };
 
 }  // namespace vexcap::api

@@ -1,5 +1,6 @@
 #include "api/device_callbacks.h"
 
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -86,6 +87,10 @@ int register_device_callbacks(vexcap_device_subscription** out,
     gate->shut();
     VXLOG('E', "exception: %ws", error.message().c_str());
     return VEXCAP_E_FAIL;
+  } catch (const std::exception& error) {
+    gate->shut();  // a watcher already running reaches no callback of this failed registration
+    VXLOG('E', "exception: %s", error.what());
+    return VEXCAP_E_FAIL;
   }
   *out = subscription.release();
   return VEXCAP_OK;
@@ -103,6 +108,9 @@ int unregister_device_callbacks(vexcap_device_subscription* subscription) {
     watcher.stop();  // no handler runs after this
   } catch (const platform::PlatformError& error) {
     VXLOG('E', "exception: %ws", error.message().c_str());
+    return VEXCAP_E_FAIL;
+  } catch (const std::exception& error) {
+    VXLOG('E', "exception: %s", error.what());
     return VEXCAP_E_FAIL;
   }
   return VEXCAP_OK;

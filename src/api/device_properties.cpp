@@ -19,8 +19,9 @@ constexpr std::uint32_t kFrameRateFallbackFormat = 11;
 // Opens the camera once more, runs the property on that device's exclusive client and closes
 // it again. Answers the open's failure or the property's result.
 hresult set_on_temporary_device(const std::wstring& device_id, const vexcap_open_params& params,
-                                const vexcap_property& property) {
-  const std::shared_ptr<Device> temporary = Device::create();
+                                const vexcap_property& property,
+                                const std::shared_ptr<const ManualResetEvent>& exit_requested) {
+  const std::shared_ptr<Device> temporary = Device::create(exit_requested);
   if (!temporary) return HR_FAIL;
   const hresult opened = temporary->open(device_id, params);
   if (failed(opened)) return opened;
@@ -62,7 +63,7 @@ hresult Device::switch_auto_exposure_off(const vexcap_property& property) {
     start_error = error.code().value();
   }
 
-  const hresult result = set_on_temporary_device(device_id, params, property);
+  const hresult result = set_on_temporary_device(device_id, params, property, exit_requested_);
 
   if (!worker) {
     VXLOG('E', "Failed creating disabl exposure thread: %d", start_error);

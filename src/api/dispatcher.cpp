@@ -14,8 +14,13 @@
 
 namespace vexcap::api {
 
-Dispatcher::Dispatcher(RequestSlots& slots)
-    : slots_(slots), runtime_(process_runtime()) {}
+Dispatcher::Dispatcher(std::shared_ptr<RequestSlots> slots, std::shared_ptr<OpenDevices> devices,
+                       std::shared_ptr<ManualResetEvent> exit_requested)
+    : slots_holder_(std::move(slots)),
+      slots_(*slots_holder_),
+      devices_(std::move(devices)),
+      exit_requested_(std::move(exit_requested)),
+      runtime_(process_runtime()) {}
 
 Dispatcher::~Dispatcher() = default;
 
@@ -92,8 +97,13 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
       return device ? run_device_event(message, *device, wparam) : HR_INVALID_STATE;
     }
     case kMsgCaptureFailed: {
-      const std::shared_ptr<client::VexCap> failed_client = *from_param<std::shared_ptr<client::VexCap>>(lparam);
-      failed_client->handle_capture_failure();
+      // Resolved here, so the client's last release (a device closed meanwhile) is on this thread.
+      const std::shared_ptr<client::VexCap> failed_client = from_param<std::weak_ptr<client::VexCap>>(lparam)->lock();
+      if (failed_client) {
+        failed_client->handle_capture_failure();
+      } else {
+        VXLOG('I', "The failed capture's device was closed: nothing to recover");
+      }
       return HR_OK;
     }
     case kMsgStartStreaming:
@@ -133,13 +143,20 @@ void Dispatcher::handle_vid_pid_used(std::uintptr_t wparam, std::intptr_t lparam
 }
 
 hresult Dispatcher::open_device(const wchar_t* device_id, const vexcap_open_params& params) {
-  std::shared_ptr<Device> device = Device::create();
+  std::shared_ptr<Device> device = Device::create(exit_requested_);
   if (!device) return HR_FAIL;
-  device->open(device_id, params);  // returns only once both clients are initialized
+  // Returns once both clients are initialized, or when vexcap_exit ends the retries.
+  const hresult opened = device->open(device_id, params);
+  if (failed(opened)) {
+    VXLOG('E', "Device open abandoned: the library is exiting");
+    device->close();  // a client initialized meanwhile lets its camera go
+    return opened;
+  }
   vexcap_device handle{params.stream_mode, 0, 0};
   std::shared_ptr<Device>& slot = device_slot(handle);
   if (slot) unreachable_devices_.push_back(std::move(slot));
   slot = std::move(device);
+  devices_->set(OpenDevices::slot_of(params.stream_mode), slot);
   return HR_OK;
 }
 
@@ -147,6 +164,7 @@ hresult Dispatcher::close_device(const vexcap_device& handle) {
   std::shared_ptr<Device>& slot = device_slot(handle);
   if (!slot) return HR_FAIL;
   std::shared_ptr<Device> device = std::move(slot);  // a second close finds the slot empty
+  devices_->set(OpenDevices::slot_of(handle.stream_mode), nullptr);
   device->close();
   return HR_OK;
 }
@@ -155,6 +173,8 @@ void Dispatcher::end_devices_left_open() {
   std::vector<std::shared_ptr<Device>> open = std::move(unreachable_devices_);
   for (std::shared_ptr<Device>* slot : {&mode_zero_device_, &non_zero_mode_device_})
     if (*slot) open.push_back(std::move(*slot));
+  devices_->set(0, nullptr);
+  devices_->set(1, nullptr);
   if (!open.empty()) VXLOG('W', "Exit with %u device(s) still open: ending their capture", static_cast<unsigned>(open.size()));
   for (const std::shared_ptr<Device>& device : open) device->close();
 }

@@ -6,7 +6,9 @@
 #include <memory>
 #include <vector>
 
+#include "api/open_devices.h"
 #include "api/request_transport.h"
+#include "common/manual_reset_event.h"
 #include "api/runtime_startup.h"
 #include "vexcap/vexcap.h"
 
@@ -16,7 +18,8 @@ class Device;
 
 class Dispatcher final : public RequestHandler {
  public:
-  explicit Dispatcher(RequestSlots& slots);
+  Dispatcher(std::shared_ptr<RequestSlots> slots, std::shared_ptr<OpenDevices> devices,
+             std::shared_ptr<ManualResetEvent> exit_requested);
   ~Dispatcher() override;
   Dispatcher(const Dispatcher&) = delete;
   Dispatcher& operator=(const Dispatcher&) = delete;
@@ -47,7 +50,10 @@ class Dispatcher final : public RequestHandler {
   // One device object per stream-mode class: mode 0, and any non-zero mode.
   std::shared_ptr<Device>& device_slot(const vexcap_device& handle);
 
+  const std::shared_ptr<RequestSlots> slots_holder_;
   RequestSlots& slots_;
+  const std::shared_ptr<OpenDevices> devices_;
+  const std::shared_ptr<ManualResetEvent> exit_requested_;
   RuntimeLifetime& runtime_;
   std::shared_ptr<Device> mode_zero_device_;
   std::shared_ptr<Device> non_zero_mode_device_;

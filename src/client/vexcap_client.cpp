@@ -207,44 +207,52 @@ controls::PropertyTarget VexCap::property_target() const {
 }
 
 void VexCap::subscribe_to_capture_failures() {
-  if (!capture_) return;  // a recovery whose new capture could not initialize
+  if (!capture_) return;
+  // The handler holds neither the client nor the capture: it only hands the failure to the
+  // request thread and returns, so no last release ever happens on the capture's own thread.
   std::weak_ptr<VexCap> weak = weak_from_this();
-  // The failing instance stays alive while its handler runs, as the event source keeps it.
-  std::weak_ptr<platform::Capture> reporter = capture_;
   FailureNotifier notify = failure_notifier_;
-  failed_token_ = capture_->add_failed([weak, reporter, notify](const platform::CaptureFailure&) {
+  failed_token_ = capture_->add_failed([weak, notify](const platform::CaptureFailure&) {
     VXLOG('E', "Media capture failed. Notifying the main thread...");
-    const std::shared_ptr<platform::Capture> keep_alive = reporter.lock();
-    const std::shared_ptr<VexCap> client = weak.lock();
-    if (!client) return;
-    if (!notify || !notify(client)) VXLOG('E', "No VXC thread");
+    if (!notify || !notify(weak)) VXLOG('E', "No VXC thread");
   });
 }
 
 void VexCap::handle_capture_failure() {
   VXLOG('E', "Handling the capture failure...");
   std::lock_guard<std::mutex> lock(failure_lock_);
+  if (!initialized_) {
+    // Cleared (the device closed) since the failure: there is nothing left to rebuild.
+    VXLOG('I', "The failed capture was already released.");
+    return;
+  }
+  // Each teardown step runs whatever the others met (a removed camera answers nothing).
+  if (frame_reader_) {
+    teardown_step([&] { frame_reader_->close(); });
+    frame_reader_.reset();
+    frame_arrived_token_ = 0;
+    VXLOG('I', "Reader deleted.");
+  }
+  if (capture_) {
+    if (exclusive_control_token_ != 0)
+      teardown_step([&] { capture_->remove_exclusive_control_status_changed(exclusive_control_token_); });
+    exclusive_control_token_ = 0;
+    teardown_step([&] { capture_->remove_failed(failed_token_); });
+    failed_token_ = 0;
+    teardown_step([&] { capture_->close_frame_sources(); });
+    frame_source_.reset();
+    second_source_.reset();
+    property_controller_.reset();
+    api::run_shutdown_test(*capture_);  // lets a failed session go before its replacement opens
+    drop_capture();
+    VXLOG('I', "Media capture frame sources deleted.");
+  }
+  format_table_.clear();
   try {
-    if (frame_reader_) {
-      frame_reader_->close();
-      frame_reader_.reset();
-      frame_arrived_token_ = 0;
-      VXLOG('I', "Reader deleted.");
+    if (!initialize_media_capture(source_group_)) {
+      VXLOG('E', "Failed restarting failed media capture: %ws", L"the new capture could not be initialized");
+      return;
     }
-    if (capture_) {
-      if (exclusive_control_token_ != 0) {
-        capture_->remove_exclusive_control_status_changed(exclusive_control_token_);
-        exclusive_control_token_ = 0;
-      }
-      capture_->remove_failed(failed_token_);
-      failed_token_ = 0;
-      capture_->close_frame_sources();
-      api::run_shutdown_test(*capture_);  // lets a failed session go before its replacement opens
-      capture_.reset();
-      VXLOG('I', "Media capture frame sources deleted.");
-    }
-    format_table_.clear();
-    initialize_media_capture(source_group_);
     reader_init(reader_kind_, format_arg1_, format_arg2_);
     subscribe_to_capture_failures();
     VXLOG('I', "Reader restarted.");
@@ -325,6 +333,7 @@ hresult VexCap::start_streaming(vexcap_frame_callback callback, void* context) {
     }
     frame_callback_ = callback;
     frame_context_ = context;
+    ++stream_generation_;
   } catch (const PlatformError& error) {
     VXLOG('E', "start stream exception: %ws", error.message().c_str());
     lock.unlock();

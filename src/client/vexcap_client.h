@@ -60,11 +60,12 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   // met. Exclusive control is free once it returns.
   hresult clear();
 
-  // Capture failures are handed to the request thread: the notifier sends the recovery request
-  // and answers false when there is no request thread. Set before initialize.
-  using FailureNotifier = std::function<bool(const std::shared_ptr<VexCap>&)>;
+  // Capture failures are handed to the request thread: the notifier queues the recovery request
+  // and returns at once, false when there is no request thread. Set before initialize.
+  using FailureNotifier = std::function<bool(const std::weak_ptr<VexCap>&)>;
   void set_failure_notifier(FailureNotifier notifier) { failure_notifier_ = std::move(notifier); }
-  // Recovery on the request thread: a new capture instance and a new, stopped reader.
+  // Recovery on the request thread: a new capture instance and a new, stopped reader. A client
+  // cleared (or closed) since the failure is left alone.
   void handle_capture_failure();
 
   std::uint32_t stream_mode() const { return stream_mode_; }
@@ -96,6 +97,8 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   FrameCallback frame_callback();
   // The host's callback answered false: no further frame reaches it until the next start.
   void end_delivery();
+  // Counts the starts: a stop asked for earlier applies only to the stream it saw running.
+  std::uint64_t stream_generation() const { return stream_generation_.load(); }
   // The records this client's frames handed to the host and not yet returned.
   const std::shared_ptr<frames::OutstandingRecords>& outstanding_records() const { return outstanding_records_; }
 
@@ -172,6 +175,7 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   std::mutex callback_lock_;  // guards frame_callback_ and frame_context_
   vexcap_frame_callback frame_callback_ = nullptr;
   void* frame_context_ = nullptr;
+  std::atomic<std::uint64_t> stream_generation_{0};
   const std::shared_ptr<frames::OutstandingRecords> outstanding_records_ =
       std::make_shared<frames::OutstandingRecords>();
 

@@ -1,4 +1,5 @@
-// A mutex its holder may lock again (as many times as it unlocks).
+// A mutex its holder may lock again (as many times as it unlocks). Waiting threads get it in
+// the order they asked for it, so requests run in the order their callers came.
 //
 // std::recursive_mutex would do on paper, but with MinGW's POSIX threads it allocates its
 // native lock on first use and libstdc++ never destroys it: every one that is locked leaks.
@@ -6,6 +7,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <thread>
 
@@ -20,7 +22,8 @@ class ReentrantMutex {
       ++depth_;
       return;
     }
-    released_.wait(guard, [this] { return depth_ == 0; });
+    const std::uint64_t ticket = next_ticket_++;
+    released_.wait(guard, [&] { return depth_ == 0 && serving_ == ticket; });
     owner_ = me;
     depth_ = 1;
   }
@@ -29,7 +32,8 @@ class ReentrantMutex {
     std::lock_guard<std::mutex> guard(mutex_);
     if (--depth_ > 0) return;
     owner_ = std::thread::id();
-    released_.notify_one();
+    ++serving_;
+    released_.notify_all();  // the next ticket's holder, whichever waiter that is
   }
 
  private:
@@ -37,6 +41,8 @@ class ReentrantMutex {
   std::condition_variable released_;
   std::thread::id owner_;  // guarded by mutex_
   unsigned depth_ = 0;     // guarded by mutex_
+  std::uint64_t next_ticket_ = 0;  // guarded by mutex_: the turn the next waiter takes
+  std::uint64_t serving_ = 0;      // guarded by mutex_: the turn that may hold the lock
 };
 
 }  // namespace vexcap

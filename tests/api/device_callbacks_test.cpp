@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/library_fixture.h"
+#include "support/log_capture.h"
 
 namespace vexcap {
 namespace {
@@ -105,11 +106,19 @@ TEST_F(DeviceCallbacks, CamerasPresentAtRegistrationArriveFirst) {
 }
 
 TEST_F(DeviceCallbacks, AWatcherThatCannotStartIsAFailureNotAnException) {
-  vc::set_call_fault(vc::PlatformCall::StartWatcher, vc::CallFault{HR_FAIL, {}});
-  vexcap_device_subscription* subscription = nullptr;
-  const vexcap_device_callbacks callbacks{on_added, on_removed, on_updated};
-  EXPECT_EQ(vexcap_regiester_for_device_callbacks(&subscription, &callbacks, nullptr), VEXCAP_E_FAIL);
-  EXPECT_EQ(subscription, nullptr);
+  // A platform error, and a platform out of memory: neither crosses the C boundary.
+  vc::CallFault out_of_memory;
+  out_of_memory.out_of_memory = true;
+  for (const vc::CallFault& fault : {vc::CallFault{HR_FAIL, {}}, out_of_memory}) {
+    testing::LogCapture log;
+    vc::set_call_fault(vc::PlatformCall::StartWatcher, fault);
+    vexcap_device_subscription* subscription = nullptr;
+    const vexcap_device_callbacks callbacks{on_added, on_removed, on_updated};
+    EXPECT_EQ(vexcap_regiester_for_device_callbacks(&subscription, &callbacks, nullptr), VEXCAP_E_FAIL);
+    EXPECT_EQ(subscription, nullptr);
+    EXPECT_TRUE(log.contains(fault.out_of_memory ? "E: exception: std::bad_alloc"
+                                                 : "E: exception: The virtual camera failed this call on demand."));
+  }
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <future>
 #include <thread>
 
+#include "platform/virtual/known_ids.h"
 #include "support/library_fixture.h"
 #include "support/log_capture.h"
 
@@ -52,6 +53,7 @@ class DeviceLifetime : public testing::LibraryTest {
     vc::use_scenario(scenario);
     ASSERT_EQ(vexcap_init(), 0);
   }
+  // Exit ends an open still retrying, whatever the test left behind.
   void TearDown() override {
     vexcap_exit();
     opens_.clear();
@@ -113,6 +115,42 @@ TEST_F(DeviceLifetime, AnInitializationThatRunsOutOfMemoryIsRetried) {
   ASSERT_EQ(opened.get(), VEXCAP_OK);
   EXPECT_EQ(log.count("E: Opening the camera failed: 80004005; trying again every 100 ms"), 1);
   EXPECT_EQ(vexcap_device_close(device), VEXCAP_OK);
+}
+
+TEST_F(DeviceLifetime, ExitEndsAnOpenThatCanNeverSucceed) {
+  struct Case {
+    const char* what;
+    std::wstring id;
+    std::uint32_t mode;
+    bool held;
+  };
+  const Case cases[] = {
+      {"no such camera", L"\\\\?\\USB#VID_0000&PID_0000#none", VEXCAP_STREAM_MODE_SHARED, false},
+      {"no depth source", group_id(), 2, false},
+      {"held by another application", group_id(), VEXCAP_STREAM_MODE_EXCLUSIVE, true},
+  };
+  for (const Case& c : cases) {
+    LogCapture log;
+    ASSERT_EQ(vexcap_init(), 0);
+    if (c.held) {
+      ASSERT_EQ(vc::other_app_open_exclusive(group_id()), HR_OK);
+    }
+    vexcap_device* device = nullptr;
+    std::future<int>& opened = open_heard(log, &device, c.mode, c.id);
+    ASSERT_TRUE(wait_for_line(log, "E: Opening the camera failed: ")) << c.what;
+    std::this_thread::sleep_for(250ms);  // a few attempts more
+    EXPECT_EQ(opened.wait_for(0s), std::future_status::timeout) << c.what;
+
+    const auto exit_began = std::chrono::steady_clock::now();
+    EXPECT_EQ(vexcap_exit(), VEXCAP_OK) << c.what;
+    EXPECT_LT(std::chrono::steady_clock::now() - exit_began, 5s) << c.what;
+    ASSERT_EQ(opened.wait_for(5s), std::future_status::ready) << c.what;
+    EXPECT_EQ(opened.get(), VEXCAP_E_FAIL) << c.what;
+    EXPECT_EQ(device, nullptr) << c.what;
+    EXPECT_TRUE(log.contains("E: Device open abandoned: the library is exiting")) << c.what;
+    EXPECT_EQ(vc::session_count(group_id()), 0) << c.what;
+    vc::set_held_by_other_app(group_id(), false);
+  }
 }
 
 TEST_F(DeviceLifetime, CloseFreesTheCameraForAnotherApplicationAtOnce) {

@@ -95,6 +95,66 @@ TEST_F(CaptureFailure, RecoveryDropsTheExclusiveControlSubscription) {
   EXPECT_EQ(vexcap_device_close(device), 0);
 }
 
+// The platform's Failed event only hands the failure over: its thread goes on at once, here
+// raising the exclusive-control change that follows, while the request thread is still busy.
+TEST_F(CaptureFailure, TheFailedEventReturnsAtOnceWhileTheRequestThreadIsBusy) {
+  testing::LogCapture log;
+  vexcap_device* device = open_default_camera(VEXCAP_STREAM_MODE_EXCLUSIVE);
+  ASSERT_NE(device, nullptr);
+  log.resume();
+  status_calls = 0;
+  ASSERT_EQ(vexcap_register_for_excl_ctrl_status_event(device, on_status, nullptr), 0);
+
+  // A discovery query holds the request thread in a slow enumeration.
+  vc::set_call_fault(vc::PlatformCall::FindAllSourceGroups, vc::CallFault{HR_OK, std::chrono::seconds(10)});
+  std::thread busy([] {
+    std::uint32_t type = 0;
+    vexcap_get_source_group_type(&type);
+  });
+  ASSERT_TRUE(vc::wait_for_slow_call(std::chrono::seconds(5)));
+  vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", group_id());
+  ASSERT_TRUE(wait_for_line(log, "E: Media capture failed. Notifying the main thread..."));
+  vc::set_held_by_other_app(group_id(), true);  // raised on the same event thread, after Failed
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+  while (status_calls == 0 && std::chrono::steady_clock::now() < deadline)
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  EXPECT_EQ(status_calls.load(), 1);
+  EXPECT_FALSE(log.contains("E: Handling the capture failure..."));  // still waiting its turn
+
+  vc::clear_faults();
+  busy.join();
+  ASSERT_TRUE(wait_for_line(log, "E: Handling the capture failure..."));
+  vc::set_held_by_other_app(group_id(), false);
+  EXPECT_EQ(vexcap_device_close(device), 0);
+}
+
+// A recovery asked for before the device was closed finds it closed: nothing is rebuilt.
+TEST_F(CaptureFailure, AClosedDeviceIsNotRecovered) {
+  testing::LogCapture log;
+  vexcap_device* device = open_default_camera(VEXCAP_STREAM_MODE_EXCLUSIVE);
+  ASSERT_NE(device, nullptr);
+  log.resume();
+  // The close waits for the slow discovery query; the failure arrives in between.
+  vc::set_call_fault(vc::PlatformCall::FindAllSourceGroups, vc::CallFault{HR_OK, std::chrono::seconds(10)});
+  std::thread busy([] {
+    std::uint32_t type = 0;
+    vexcap_get_source_group_type(&type);
+  });
+  ASSERT_TRUE(vc::wait_for_slow_call(std::chrono::seconds(5)));
+  std::thread closing([device] { EXPECT_EQ(vexcap_device_close(device), 0); });
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the close is queued first
+  vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", group_id());
+  ASSERT_TRUE(wait_for_line(log, "E: Media capture failed. Notifying the main thread..."));
+  vc::clear_faults();
+  busy.join();
+  closing.join();
+  // A direct request runs after the recovery asked for before it: by then the request thread
+  // has found the device gone and opened nothing (the close silenced the log).
+  std::uint32_t type = 0;
+  EXPECT_EQ(vexcap_get_source_group_type(&type), 0);
+  EXPECT_EQ(vc::session_count(group_id()), 0);
+}
+
 // The client of a device that outlived the library: nothing takes the failure over.
 TEST_F(CaptureFailure, WithoutARequestThreadThereIsNoRecovery) {
   testing::LogCapture log;

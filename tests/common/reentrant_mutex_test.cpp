@@ -5,6 +5,7 @@
 #include <future>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 #include "common/reentrant_mutex.h"
 
@@ -47,6 +48,25 @@ TEST(ReentrantMutex, ThreadsTakingTurnsNeverOverlap) {
   second.get();
   EXPECT_EQ(overlaps, 0);
   EXPECT_EQ(entries, 4000);
+}
+
+TEST(ReentrantMutex, WaitersGetItInTheOrderTheyAsked) {
+  ReentrantMutex mutex;
+  std::mutex order_mutex;
+  std::vector<int> order;
+  mutex.lock();
+  std::vector<std::thread> waiters;
+  for (int i = 0; i < 4; ++i) {
+    waiters.emplace_back([&, i] {
+      std::lock_guard<ReentrantMutex> lock(mutex);
+      std::lock_guard<std::mutex> record(order_mutex);
+      order.push_back(i);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));  // waiter i is queued before i + 1
+  }
+  mutex.unlock();
+  for (std::thread& waiter : waiters) waiter.join();
+  EXPECT_EQ(order, (std::vector<int>{0, 1, 2, 3}));
 }
 
 }  // namespace

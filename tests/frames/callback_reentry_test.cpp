@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "support/library_fixture.h"
+#include "support/log_capture.h"
 
 namespace vexcap {
 namespace {
@@ -93,6 +94,31 @@ TEST_F(CallbackReentry, CloseFromInsideTheCallbackClosesTheDevice) {
   for (int i = 0; i < 200 && vc::session_count(group) != 0; ++i) std::this_thread::sleep_for(10ms);
   EXPECT_EQ(vc::session_count(group), 0);
   EXPECT_EQ(vexcap_exit(), 0);
+}
+
+bool stop_the_other_slot(vexcap_frame* frame, void* context) {
+  auto* host = static_cast<Host*>(context);
+  vexcap_return_frame(frame);
+  if (host->frames.fetch_add(1) == 0) {
+    vexcap_device nowhere{VEXCAP_STREAM_MODE_EXCLUSIVE, 0, 0};  // a slot without a device
+    host->answer = vexcap_stop_streaming(&nowhere);
+  }
+  return true;
+}
+
+// The deferred stop answered 0 at once; its own failure reaches the log.
+TEST_F(CallbackReentry, ADeferredRequestThatFailsSaysSo) {
+  testing::LogCapture log;
+  Host host;
+  host.device = open_default_camera(VEXCAP_STREAM_MODE_SHARED);
+  ASSERT_NE(host.device, nullptr);
+  log.resume();
+  ASSERT_EQ(vexcap_start_streaming(host.device, stop_the_other_slot, &host), 0);
+  vc::advance_time(34ms);
+  EXPECT_EQ(host.answer.load(), 0);
+  EXPECT_EQ(vexcap_stop_streaming(host.device), 0);  // runs after the deferred stop
+  EXPECT_TRUE(log.contains("E: vexcap_stop_streaming asked for from a callback failed: 8007139f"));
+  EXPECT_EQ(vexcap_device_close(host.device), 0);
 }
 
 }  // namespace
