@@ -48,10 +48,7 @@ class DeviceLifetime : public testing::LibraryTest {
  protected:
   void SetUp() override {
     LibraryTest::SetUp();
-    vc::Scenario scenario = vc::default_scenario();
-    scenario.clock = vc::ClockMode::Manual;
-    vc::use_scenario(scenario);
-    ASSERT_EQ(vexcap_init(), 0);
+    start_on_default_camera();
   }
   // Exit ends an open still retrying, whatever the test left behind.
   void TearDown() override {

@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/busy_request_thread.h"
 #include "support/library_fixture.h"
 #include "support/process_footprint.h"
 
@@ -134,10 +135,7 @@ class CallbackRequestRace : public testing::LibraryTest {
  protected:
   void SetUp() override {
     LibraryTest::SetUp();
-    vc::Scenario scenario = vc::default_scenario();
-    scenario.clock = vc::ClockMode::Manual;
-    vc::use_scenario(scenario);
-    ASSERT_EQ(vexcap_init(), 0);
+    start_on_default_camera();
   }
   static vexcap_device* open(std::uint32_t mode) {
     vexcap_device* device = nullptr;
@@ -150,18 +148,11 @@ class CallbackRequestRace : public testing::LibraryTest {
   // query ends once `next` was asked for.
   template <typename Next>
   static void frame_then(Next next) {
-    vc::set_call_fault(vc::PlatformCall::FindAllSourceGroups, vc::CallFault{HR_OK, 10s});
-    std::thread busy([] {
-      std::uint32_t type = 0;
-      vexcap_get_source_group_type(&type);
-    });
-    ASSERT_TRUE(vc::wait_for_slow_call(5s));
-    vc::set_call_fault(vc::PlatformCall::FindAllSourceGroups, vc::CallFault{});
+    testing::BusyRequestThread busy;
     vc::advance_time(34ms);  // the callback has asked and returned
     std::thread following(next);
     std::this_thread::sleep_for(2ms);  // `next` waits for the request thread too
-    vc::release_slow_calls();
-    busy.join();
+    busy.release();
     following.join();
   }
 };

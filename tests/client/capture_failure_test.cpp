@@ -7,6 +7,7 @@
 
 #include "api/context.h"
 #include "client/vexcap_client.h"
+#include "support/busy_request_thread.h"
 #include "support/library_fixture.h"
 #include "support/log_capture.h"
 
@@ -105,13 +106,7 @@ TEST_F(CaptureFailure, TheFailedEventReturnsAtOnceWhileTheRequestThreadIsBusy) {
   status_calls = 0;
   ASSERT_EQ(vexcap_register_for_excl_ctrl_status_event(device, on_status, nullptr), 0);
 
-  // A discovery query holds the request thread in a slow enumeration.
-  vc::set_call_fault(vc::PlatformCall::FindAllSourceGroups, vc::CallFault{HR_OK, std::chrono::seconds(10)});
-  std::thread busy([] {
-    std::uint32_t type = 0;
-    vexcap_get_source_group_type(&type);
-  });
-  ASSERT_TRUE(vc::wait_for_slow_call(std::chrono::seconds(5)));
+  testing::BusyRequestThread busy;
   vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", group_id());
   ASSERT_TRUE(wait_for_line(log, "E: Media capture failed. Notifying the main thread..."));
   vc::set_held_by_other_app(group_id(), true);  // raised on the same event thread, after Failed
@@ -121,8 +116,7 @@ TEST_F(CaptureFailure, TheFailedEventReturnsAtOnceWhileTheRequestThreadIsBusy) {
   EXPECT_EQ(status_calls.load(), 1);
   EXPECT_FALSE(log.contains("E: Handling the capture failure..."));  // still waiting its turn
 
-  vc::clear_faults();
-  busy.join();
+  busy.release();
   ASSERT_TRUE(wait_for_line(log, "E: Handling the capture failure..."));
   vc::set_held_by_other_app(group_id(), false);
   EXPECT_EQ(vexcap_device_close(device), 0);
@@ -134,19 +128,13 @@ TEST_F(CaptureFailure, AClosedDeviceIsNotRecovered) {
   vexcap_device* device = open_default_camera(VEXCAP_STREAM_MODE_EXCLUSIVE);
   ASSERT_NE(device, nullptr);
   log.resume();
-  // The close waits for the slow discovery query; the failure arrives in between.
-  vc::set_call_fault(vc::PlatformCall::FindAllSourceGroups, vc::CallFault{HR_OK, std::chrono::seconds(10)});
-  std::thread busy([] {
-    std::uint32_t type = 0;
-    vexcap_get_source_group_type(&type);
-  });
-  ASSERT_TRUE(vc::wait_for_slow_call(std::chrono::seconds(5)));
+  // The close waits behind a slow discovery query; the failure arrives in between.
+  testing::BusyRequestThread busy;
   std::thread closing([device] { EXPECT_EQ(vexcap_device_close(device), 0); });
   std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the close is queued first
   vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", group_id());
   ASSERT_TRUE(wait_for_line(log, "E: Media capture failed. Notifying the main thread..."));
-  vc::clear_faults();
-  busy.join();
+  busy.release();
   closing.join();
   // A direct request runs after the recovery asked for before it: by then the request thread
   // has found the device gone and opened nothing (the close silenced the log).

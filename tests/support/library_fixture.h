@@ -37,6 +37,13 @@ class LibraryTest : public ::testing::Test {
     EXPECT_EQ(vexcap_device_open(&device, scenario.groups.at(0).id->c_str(), &params), 0);
     return device;
   }
+  // Starts the library on the default camera with the manual clock, nothing opened.
+  static void start_on_default_camera() {
+    virtual_camera::Scenario scenario = virtual_camera::default_scenario();
+    scenario.clock = virtual_camera::ClockMode::Manual;
+    virtual_camera::use_scenario(scenario);
+    ASSERT_EQ(vexcap_init(), 0);
+  }
   static virtual_camera::VirtualRuntime& runtime() {
     return virtual_camera::virtual_platform().runtime();
   }
