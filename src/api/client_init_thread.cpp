@@ -1,6 +1,5 @@
 #include "api/client_init_thread.h"
 
-#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <exception>
@@ -39,12 +38,9 @@ hresult initialize_guarded(const std::function<hresult()>& initialize) {
   }
 }
 
-constexpr auto kExitCheck = std::chrono::milliseconds(20);
-
 }  // namespace
 
-hresult run_client_initialization(std::function<hresult()> initialize, std::uint32_t timeout_ms,
-                                  const ManualResetEvent* exit_requested) {
+hresult run_client_initialization(std::function<hresult()> initialize, std::uint32_t timeout_ms) {
   auto record = std::make_shared<InitRecord>();
   std::thread thread;
   try {
@@ -61,18 +57,8 @@ hresult run_client_initialization(std::function<hresult()> initialize, std::uint
   }
 
   std::unique_lock<std::mutex> lock(record->mutex);
-  // Waited for in short slices when vexcap_exit may end the wait.
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
-  bool finished = false;
-  while (!finished && std::chrono::steady_clock::now() < deadline) {
-    const auto slice = exit_requested ? std::min(deadline, std::chrono::steady_clock::now() + kExitCheck) : deadline;
-    finished = record->done.wait_until(lock, slice, [&] { return record->finished; });
-    if (!finished && exit_requested && exit_requested->is_set()) {
-      lock.unlock();
-      thread.detach();  // it finishes on its own, as after a time-out
-      return HR_ABORT;
-    }
-  }
+  const bool finished = record->done.wait_for(lock, std::chrono::milliseconds(timeout_ms),
+                                              [&] { return record->finished; });
   if (!finished) {
     lock.unlock();
     VXLOG('E', "Time out waiting for init thread to finish");

@@ -6,7 +6,6 @@
 #include <functional>
 
 #include "common/hresult.h"
-#include "common/manual_reset_event.h"
 
 namespace vexcap::api {
 
@@ -14,12 +13,10 @@ constexpr std::uint32_t kClientInitTimeoutMs = 10000;
 
 // Runs `initialize` on its own thread. Returns its result, or 0x800705B4 when it did not end
 // within the limit (the thread then finishes on its own and its result is dropped), or
-// E_OUTOFMEMORY when the thread cannot start, or E_ABORT when `exit_requested` is set while it
-// waits (the thread is left to finish as after a time-out). An exception `initialize` throws
-// ends it with E_OUTOFMEMORY or E_FAIL. Whatever `initialize` captures must stay valid after
-// the wait ends: capture shared ownership.
+// E_OUTOFMEMORY when the thread cannot start. An exception `initialize` throws ends it with
+// E_OUTOFMEMORY or E_FAIL. Whatever `initialize` captures must stay valid after a time-out:
+// capture shared ownership.
 hresult run_client_initialization(std::function<hresult()> initialize,
-                                  std::uint32_t timeout_ms = kClientInitTimeoutMs,
-                                  const ManualResetEvent* exit_requested = nullptr);
+                                  std::uint32_t timeout_ms = kClientInitTimeoutMs);
 
 }  // namespace vexcap::api

@@ -60,17 +60,16 @@ hresult Device::open_client(const std::shared_ptr<client::VexCap>& client, const
                             const vexcap_open_params& params) {
   const ManualResetEvent& exit_requested = *exit_requested_;
   // One initialization at a time per client: an attempt abandoned after the time limit finishes
-  // before the next one starts, and a client it left initialized counts as opened.
-  auto serial = std::make_shared<std::mutex>();
+  // before the next one starts (or the client is torn down), and a client it left initialized
+  // counts as opened.
+  const std::shared_ptr<std::mutex> serial = initialization_lock(*client);
   std::set<hresult> reported;
   for (;;) {
-    const hresult result = run_client_initialization(
-        [client, serial, device_id, params] {
-          std::lock_guard<std::mutex> lock(*serial);
-          // The open parameters' stream mode names the source kind both clients read.
-          return client->initialize(device_id, params.stream_mode, params.format_arg1, params.format_arg2);
-        },
-        kClientInitTimeoutMs, &exit_requested);
+    const hresult result = run_client_initialization([client, serial, device_id, params] {
+      std::lock_guard<std::mutex> lock(*serial);
+      // The open parameters' stream mode names the source kind both clients read.
+      return client->initialize(device_id, params.stream_mode, params.format_arg1, params.format_arg2);
+    });
     // Already initialized: a late attempt finished the job.
     if (result == HR_OK || result == HR_INVALID_STATE) return HR_OK;
     if (exit_requested.is_set()) return HR_ABORT;
@@ -79,12 +78,26 @@ hresult Device::open_client(const std::shared_ptr<client::VexCap>& client, const
   }
 }
 
-Device::~Device() { exclusive_->unregister_rgb_stopped(); }
+const std::shared_ptr<std::mutex>& Device::initialization_lock(const client::VexCap& client) const {
+  return &client == exclusive_.get() ? exclusive_initialization_ : shared_initialization_;
+}
+
+Device::~Device() {
+  std::lock_guard<std::mutex> initialization(*exclusive_initialization_);
+  exclusive_->unregister_rgb_stopped();
+}
 
 hresult Device::close() {
-  exclusive_->unregister_rgb_stopped();  // while the client is still initialized
-  exclusive_->clear();
-  shared_->clear();
+  // An initialization abandoned after its time limit may still be running: it ends first.
+  {
+    std::lock_guard<std::mutex> initialization(*exclusive_initialization_);
+    exclusive_->unregister_rgb_stopped();  // while the client is still initialized
+    exclusive_->clear();
+  }
+  {
+    std::lock_guard<std::mutex> initialization(*shared_initialization_);
+    shared_->clear();
+  }
   replace_worker(worker_a_, nullptr);
   replace_worker(worker_b_, nullptr);
   return HR_OK;

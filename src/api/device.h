@@ -24,7 +24,7 @@ class Device {
   // 10000 ms limit. A failed initialization is tried again every 100 ms until it succeeds (each
   // with a new capture; each distinct failure logged once): a camera that never initializes
   // keeps the request waiting, by design, until vexcap_exit asks the library to end, which makes
-  // it answer E_ABORT.
+  // it answer E_ABORT once the attempt in progress has ended.
   hresult open(const std::wstring& device_id, const vexcap_open_params& params);
   // Stops the exclusive client before the shared one. The device's event registrations end
   // with it.
@@ -66,6 +66,7 @@ class Device {
       : shared_(std::move(shared)), exclusive_(std::move(exclusive)), exit_requested_(std::move(exit_requested)) {}
   hresult open_client(const std::shared_ptr<client::VexCap>& client, const std::wstring& device_id,
                       const vexcap_open_params& params);
+  const std::shared_ptr<std::mutex>& initialization_lock(const client::VexCap& client) const;
 
   hresult switch_auto_exposure_off(const vexcap_property& property);
   hresult finish_stream_type_apply(std::uint32_t format_code, hresult result);
@@ -77,6 +78,10 @@ class Device {
   std::unique_ptr<WorkerThread> worker_a_;
   std::unique_ptr<WorkerThread> worker_b_;
   const std::shared_ptr<const ManualResetEvent> exit_requested_;
+  // Held by a client's initialization thread for its attempt, and by the teardown: one never
+  // runs beside the other, even after an attempt outlived its time limit.
+  const std::shared_ptr<std::mutex> exclusive_initialization_ = std::make_shared<std::mutex>();
+  const std::shared_ptr<std::mutex> shared_initialization_ = std::make_shared<std::mutex>();
 };
 
 }  // namespace vexcap::api
