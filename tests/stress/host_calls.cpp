@@ -1,6 +1,8 @@
 #include "stress/host_calls.h"
 
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -78,6 +80,7 @@ bool on_frame(vexcap_frame* frame, void* context) {
       timed_call(state, "vexcap_device_close", kMappedCodes,
                  [&] { return vexcap_device_close(slot.device); });
       forget_device(slot);
+      slot.reopen_now = true;
     }
   }
   return true;
@@ -160,6 +163,19 @@ void open_or_close(HostContext& host) {
   } else {
     timed_call(state, "vexcap_device_close", kMappedCodes, [&] { return vexcap_device_close(slot.device); });
     forget_device(slot);
+  }
+}
+
+// Right after a callback closed a device, a host opens its slot again: the close from inside
+// the callback is still to run, and must close the device it was asked for, not this one.
+void reopen_after_callback_close(HostContext& host) {
+  StressState& state = host.state;
+  for (DeviceSlot& slot : state.slots) {
+    if (!slot.reopen_now.exchange(false)) continue;
+    std::unique_lock<SlotLock> lock(slot.lock);
+    if (slot.device != nullptr) continue;
+    state.counters.reopens_after_callback_close.fetch_add(1);
+    open_device(state, slot);
   }
 }
 
@@ -374,28 +390,56 @@ const std::vector<std::string>& export_names() {
 
 void attach_callbacks(StressState& state) { g_state = &state; }
 
+void exit_or_init(StressState& state, std::mt19937_64& rng) {
+  if (chance(rng, 50)) {
+    state.counters.exits.fetch_add(1);
+    timed_call(state, "vexcap_exit", {0}, [] { return vexcap_exit(); });
+  } else {
+    state.counters.inits.fetch_add(1);
+    timed_call(state, "vexcap_init", {0}, [] { return vexcap_init(); });
+  }
+}
+
+void run_lifecycle_thread(StressState& state, std::uint64_t seed) {
+  std::mt19937_64 rng(seed);
+  while (!state.stopping.load()) {
+    for (int i = 0, pause = 50 + static_cast<int>(pick(rng, 100)); i < pause && !state.stopping.load(); ++i)
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    if (state.stopping.load()) break;
+    state.counters.exits.fetch_add(1);
+    timed_call(state, "vexcap_exit", {0}, [] { return vexcap_exit(); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(pick(rng, 50)));
+    state.counters.inits.fetch_add(1);
+    timed_call(state, "vexcap_init", {0}, [] { return vexcap_init(); });
+  }
+}
+
 void run_host_thread(StressState& state, std::uint64_t seed, std::mutex& subscription_mutex,
                      std::vector<vexcap_device_subscription*>& subscriptions) {
   std::mt19937_64 rng(seed);
   HostContext host{state, rng, subscription_mutex, subscriptions};
   while (!state.stopping.load()) {
-    // Opening and closing are rare enough that streams run most of the time.
-    const std::uint32_t roll = pick(rng, 10000);
+    reopen_after_callback_close(host);
+    // Opening and closing are rare enough that streams run most of the time; exits rarer still.
+    const std::uint32_t roll = pick(rng, 100000);
     if (roll < 2) {
+      exit_or_init(state, rng);
+    } else if (roll < 20) {
       open_or_close(host);
-    } else if (roll < 30) {
+    } else if (roll < 300) {
       reopen_if_closed(host);
-    } else if (roll < 50) {
-      timed_call(state, "vexcap_init", {0}, [] { return vexcap_init(); });  // a no-op while running
-    } else if (roll < 100) {
+    } else if (roll < 500) {
+      // Started again right after any exit, as a host would; a no-op while running.
+      timed_call(state, "vexcap_init", {0}, [] { return vexcap_init(); });
+    } else if (roll < 1000) {
       timed_call(state, "vexcap_return_frame", {VEXCAP_E_INVALID_ARG}, [] { return vexcap_return_frame(nullptr); });
-    } else if (roll < 150) {
+    } else if (roll < 1500) {
       device_callbacks(host);
-    } else if (roll < 2000) {
+    } else if (roll < 20000) {
       streaming(host);
-    } else if (roll < 4000) {
+    } else if (roll < 40000) {
       events(host);
-    } else if (roll < 7000) {
+    } else if (roll < 70000) {
       discovery(host);
     } else {
       controls(host);

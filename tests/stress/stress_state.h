@@ -32,6 +32,9 @@ struct DeviceSlot {
   // The host opens the device afresh: a start found a client that cannot stream (its recovery
   // failed), or the camera came back after a removal.
   std::atomic<bool> needs_reopen{false};
+  // A callback closed the device: a host thread opens the slot again right away, racing the
+  // close that runs after the callback.
+  std::atomic<bool> reopen_now{false};
 };
 
 // One of the four streams (each slot's shared and exclusive client); the frame callback's
@@ -81,6 +84,9 @@ struct Counters {
   std::atomic<std::uint64_t> stops_in_callback{0};
   std::atomic<std::uint64_t> closes_in_callback{0};
   std::atomic<std::uint64_t> reopens{0};  // devices opened afresh (see DeviceSlot::needs_reopen)
+  std::atomic<std::uint64_t> reopens_after_callback_close{0};
+  std::atomic<std::uint64_t> exits{0};  // vexcap_exit from host threads, racing the others
+  std::atomic<std::uint64_t> inits{0};
   std::atomic<std::uint64_t> device_events{0};
   std::atomic<std::uint64_t> other_events{0};
 };
