@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * VexcapLib public interface.
  *
@@ -26,6 +27,13 @@
 #else
 #  define VEXCAP_API __attribute__((visibility("default")))
 #endif
+
+/* The library's version: 1.0.0 keeps the 33 functions and the record layouts below; a new
+ * MAJOR breaks them, a new MINOR adds to them. */
+#define VEXCAP_VERSION_MAJOR 1
+#define VEXCAP_VERSION_MINOR 0
+#define VEXCAP_VERSION_PATCH 0
+#define VEXCAP_VERSION_STRING "1.0.0"
 
 #ifdef __cplusplus
 extern "C" {

@@ -15,9 +15,9 @@ case "$library" in
     ;;
   *)
     led='_Z20vexcap_get_led_powerP13vexcap_devicePj'
-    # Functions the library defines and exports (template instantiations of the C++ runtime
-    # that the linker must keep weak are not functions of ours and carry no vexcap name).
-    actual=$(nm -D --defined-only "$library" | awk '$2 == "T" { print $3 }' | sort) ||
+    # Every symbol the library defines for others, whatever its kind: a weak C++ runtime
+    # instantiation or a stray object would be part of the interface too.
+    actual=$(nm -D --defined-only "$library" | awk '{ print $NF }' | sort) ||
       { echo "nm could not read $library"; exit 1; }
     ;;
 esac
