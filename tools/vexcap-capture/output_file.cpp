@@ -54,10 +54,19 @@ OutputFile::~OutputFile() {
   if (stream_ != nullptr || !part_path_.empty()) discard();
 }
 
+void OutputFile::write(const void* bytes, std::size_t size) {
+  if (size == 0 || std::fwrite(bytes, 1, size, stream_) == size) return;
+  const int error = errno;
+  discard();
+  throw ToolError("cannot write " + path_.string() + ": " + system_text(error));
+}
+
 void OutputFile::commit() {
+  errno = 0;
   const bool flushed = std::fflush(stream_) == 0 && !std::ferror(stream_);
-  const int write_error = errno;
+  int write_error = errno;
   const bool closed = std::fclose(stream_) == 0;
+  if (write_error == 0) write_error = errno;
   stream_ = nullptr;
   if (!flushed || !closed) {
     discard();

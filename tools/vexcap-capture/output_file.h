@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <string_view>
 
 namespace vexcap::tool {
 
@@ -15,7 +16,9 @@ class OutputFile {
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
-  std::FILE* stream() const { return stream_; }
+  // Throws ToolError naming the file and the system's reason when the bytes cannot be written.
+  void write(const void* bytes, std::size_t size);
+  void write(std::string_view text) { write(text.data(), text.size()); }
   const std::filesystem::path& path() const { return path_; }
   // Flushes, closes and renames; throws ToolError when any of that fails (the file is removed).
   void commit();
