@@ -1,6 +1,7 @@
 // An output file that is complete or absent: bytes go to "<name>.part", which commit() renames
 // to the final name; a file never committed is removed (by its destructor, or by
-// remove_unfinished_files when the process has to end at once).
+// remove_unfinished_files when the process has to end at once, which closes it first: Windows
+// removes no file that is open).
 #pragma once
 
 #include <cstdio>
@@ -24,7 +25,9 @@ class OutputFile {
   void commit();
 
  private:
+  friend void remove_unfinished_files();
   void discard();
+  void close_and_remove();  // with the tracker's lock held
 
   std::filesystem::path path_;
   std::filesystem::path part_path_;
