@@ -97,38 +97,40 @@ std::optional<Range> exposure_range(vexcap_device* device, std::uint64_t current
   return Range{*min, *max};
 }
 
+Reading reading_of(int result, std::uint64_t value, std::string text) {
+  Reading reading;
+  reading.result = result;
+  reading.value = value;
+  reading.text = std::move(text);
+  return reading;
+}
+
 std::vector<Control> read_controls(vexcap_device* device) {
+  const std::string kNotReported = "the library reports no range for it";
   std::vector<Control> controls;
-  const char* const kNotReported = "the library reports no range for it";
 
-  Control exposure{"exposure", {}, std::nullopt, ""};
-  exposure.reading.value = read_exposure(device, exposure.reading.result);
-  exposure.reading.text = std::to_string(exposure.reading.value) + " (100 ns units, " +
-                          std::to_string(exposure.reading.value / 10) + " us)";
-  if (exposure.reading.result == VEXCAP_OK) exposure.range = exposure_range(device, exposure.reading.value, exposure.range_note);
-  else exposure.range_note = "no value to return to (automatic exposure may be on)";
-  controls.push_back(exposure);
+  int result = VEXCAP_OK;
+  const std::uint64_t exposure = read_exposure(device, result);
+  controls.push_back({"exposure",
+                      reading_of(result, exposure, std::to_string(exposure) + " (100 ns units, " +
+                                                       std::to_string(exposure / 10) + " us)"),
+                      std::nullopt, "no value to return to (automatic exposure may be on)"});
+  if (result == VEXCAP_OK) controls.back().range = exposure_range(device, exposure, controls.back().range_note);
 
-  Control iso{"ISO speed", {}, std::nullopt, kNotReported};
-  std::uint32_t iso_value = 0;
-  iso.reading.result = guarded("vexcap_get_iso_speed", [&] { return vexcap_get_iso_speed(device, &iso_value); });
-  iso.reading.value = iso_value;
-  iso.reading.text = std::to_string(iso_value);
-  controls.push_back(iso);
+  std::uint32_t iso = 0;
+  result = guarded("vexcap_get_iso_speed", [&] { return vexcap_get_iso_speed(device, &iso); });
+  controls.push_back({"ISO speed", reading_of(result, iso, std::to_string(iso)), std::nullopt, kNotReported});
 
-  Control led{"LED power", {}, std::nullopt, kNotReported};
-  unsigned int led_value = 0;
-  led.reading.result = guarded("vexcap_get_led_power", [&] { return vexcap_get_led_power(device, &led_value); });
-  led.reading.value = led_value;
-  led.reading.text = std::to_string(led_value);
-  controls.push_back(led);
+  unsigned int led = 0;
+  result = guarded("vexcap_get_led_power", [&] { return vexcap_get_led_power(device, &led); });
+  controls.push_back({"LED power", reading_of(result, led, std::to_string(led)), std::nullopt, kNotReported});
   return controls;
 }
 
 std::vector<Property> read_properties(vexcap_device* device) {
-  std::vector<Property> properties{{VEXCAP_PROP_RGB_STATUS, "17 RGB status", {}},
-                                   {VEXCAP_PROP_VIDEO_CONTROL_MODE, "21 video control mode", {}},
-                                   {VEXCAP_PROP_HIRES_SENSOR_TYPE, "22 high-res sensor type", {}}};
+  std::vector<Property> properties{{VEXCAP_PROP_RGB_STATUS, "17 RGB status", Reading()},
+                                   {VEXCAP_PROP_VIDEO_CONTROL_MODE, "21 video control mode", Reading()},
+                                   {VEXCAP_PROP_HIRES_SENSOR_TYPE, "22 high-res sensor type", Reading()}};
   for (Property& property : properties) {
     std::uint32_t value = 0;
     property.reading.result = get_property(device, property.id, value);
