@@ -57,7 +57,14 @@ echo "==== fuzz ===="
 bash scripts/fuzz.sh 30
 run_preset mingw
 
-echo "==== mingw-product ===="
 run_preset mingw-product
 tests/standalone/check_exports.sh build/mingw-product/VexcapLib.dll tests/standalone/exports.txt
+echo "==== mingw-product: install ===="
+rm -rf build/mingw-product-installed
+cmake --install build/mingw-product --prefix build/mingw-product-installed >/dev/null
+for file in bin/VexcapLib.dll lib/libVexcapLib.dll.a include/vexcap/vexcap.h lib/cmake/VexcapLib/VexcapLibConfig.cmake \
+            lib/pkgconfig/vexcaplib.pc; do
+  [ -f "build/mingw-product-installed/$file" ] || { echo "the Windows install lacks $file"; exit 1; }
+done
+echo "the Windows install holds the DLL, its import library, the header and the package files"
 echo "All test runs passed."
