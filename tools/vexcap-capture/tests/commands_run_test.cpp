@@ -82,7 +82,6 @@ TEST_F(CommandsRunTest, AListThatWatchesEndsOnASignalWithItsCode) {
   const Json document = Json::parse(terminated.out);
   EXPECT_TRUE(document["interrupted"].boolean());
   EXPECT_TRUE(document["events"].items().empty());
-  EXPECT_EQ(document["cameras"].items().size(), 1u);
 }
 
 // The line of `text` that starts with `start`, or "".
@@ -179,7 +178,7 @@ TEST_F(CommandsRunTest, AnInterruptedCheckPrintsWhatRanAndTellsTheSignal) {
   ToolProcess tool({"check", "--seconds-per-format", "0.5"}, folder_);
   const ToolRun run = signal_when_printed(tool, folder_, "PASS  mode 1 infrared: shared stream", SIGINT);
   EXPECT_EQ(run.exit_code, 130) << run.err;
-  EXPECT_TRUE(contains(run.out, "interrupted during \"")) << run.out;
+  EXPECT_TRUE(contains(run.out, "\ninterrupted")) << run.out;  // during a check, or between two
   EXPECT_TRUE(contains(run.out, "\ncheck: ")) << run.out;
   EXPECT_FALSE(contains(run.out, "mode 0 colour")) << run.out;
 
