@@ -4,7 +4,7 @@ set -euo pipefail
 
 packages=(
   cmake make g++ git pkg-config
-  googletest libgtest-dev libgmock-dev libbenchmark-dev libyuv-dev libpng-dev python3
+  googletest libgtest-dev libgmock-dev libbenchmark-dev libyuv-dev libpng-dev python3 python3-numpy python3-pytest
   g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine64
   clang libclang-rt-14-dev
 )
