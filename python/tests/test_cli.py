@@ -70,3 +70,19 @@ def test_an_unknown_camera_is_a_failure_with_a_reason():
     result = run_cli("info", "--camera", "no such camera")
     assert result.returncode == 1
     assert "no camera has the id 'no such camera'" in result.stderr
+
+
+def test_the_illumination_example_pairs_a_lit_and_a_dark_frame(tmp_path):
+    example = ROOT / "python" / "examples" / "infrared_illumination.py"
+    env = dict(os.environ, PYTHONPATH=str(ROOT / "python"))
+    result = subprocess.run([sys.executable, str(example), str(tmp_path)], env=env, capture_output=True, text=True,
+                            timeout=60)
+    assert result.returncode == 0, result.stderr
+    lit, dark = read_png(tmp_path / "lit.png"), read_png(tmp_path / "dark.png")
+    n = frame_number(lit[0, 0])
+    assert n % 2 == 0  # the camera lights even frames
+    np.testing.assert_array_equal(lit, luma(640, 480, n))
+    np.testing.assert_array_equal(dark, luma(640, 480, frame_number(dark[0, 0])))
+    assert frame_number(dark[0, 0]) % 2 == 1
+    expected = np.clip(lit.astype(int) - dark.astype(int), 0, 255)
+    np.testing.assert_array_equal(read_png(tmp_path / "lit-minus-dark.png"), expected)
