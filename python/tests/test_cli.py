@@ -86,3 +86,9 @@ def test_the_illumination_example_pairs_a_lit_and_a_dark_frame(tmp_path):
     assert frame_number(dark[0, 0]) % 2 == 1
     expected = np.clip(lit.astype(int) - dark.astype(int), 0, 255)
     np.testing.assert_array_equal(read_png(tmp_path / "lit-minus-dark.png"), expected)
+
+
+def test_log_switched_on_before_opening_reaches_the_library():
+    result = run_cli("info", "--log")  # vexcap.log(True) comes before any camera is open
+    assert result.returncode == 0, result.stderr
+    assert "D: get_dev_property: 17" in result.stdout.splitlines()

@@ -17,22 +17,15 @@ def first_frame_reporting(cam, field, limit=12):
     raise AssertionError(f"no frame of {limit} reported {field}")
 
 
-def test_exposure_round_trips_and_frames_report_it(infrared):
+@pytest.mark.parametrize("control, values", [("exposure", (20000, 30000)), ("iso_speed", (200, 400))])
+def test_control_round_trips_and_frames_report_it(infrared, control, values):
     # The camera keeps its state for the process: choose a value it does not hold yet.
-    wanted = 20000 if infrared.exposure != 20000 else 30000
+    wanted = values[0] if getattr(infrared, control) != values[0] else values[1]
     infrared.start()
-    infrared.exposure = wanted
-    assert infrared.exposure == wanted
-    assert first_frame_reporting(infrared, "exposure")[-1].exposure == wanted
-    assert all(frame.exposure == wanted for frame in infrared.frames(count=3))
-
-
-def test_iso_speed_round_trips_and_frames_report_it(infrared):
-    wanted = 200 if infrared.iso_speed != 200 else 400
-    infrared.start()
-    infrared.iso_speed = wanted
-    assert infrared.iso_speed == wanted
-    assert first_frame_reporting(infrared, "iso_speed")[-1].iso_speed == wanted
+    setattr(infrared, control, wanted)
+    assert getattr(infrared, control) == wanted
+    assert getattr(first_frame_reporting(infrared, control)[-1], control) == wanted
+    assert all(getattr(frame, control) == wanted for frame in infrared.frames(count=3))
 
 
 def test_led_power_set_is_reported_by_frames_as_the_camera_reads_it(infrared):

@@ -112,7 +112,11 @@ class Camera:
         self._streaming = False
         _runtime.hold(self)
         if _log_wanted is not None:
-            self.set_property(props.DIAGNOSTIC_LOG, _log_wanted)
+            try:
+                self.set_property(props.DIAGNOSTIC_LOG, _log_wanted)
+            except BaseException:
+                self.close()
+                raise
 
     # ---- lifetime ---------------------------------------------------------------------------
 
@@ -240,36 +244,26 @@ class Camera:
 
     # ---- controls ---------------------------------------------------------------------------
 
-    @property
-    def exposure(self):
-        """Exposure in 100 ns units. Reading it while auto exposure is on raises InvalidStateError."""
-        value = ctypes.c_uint64()
-        self._call("vexcap_get_exposure", ctypes.byref(value))
-        return value.value
+    def _control(read, write, kind, doc):  # noqa: N805 - builds the properties below
+        def get(self):
+            value = kind()
+            self._call(read, ctypes.byref(value))
+            return value.value
 
-    @exposure.setter
-    def exposure(self, value):
-        self._call("vexcap_set_exposure", int(value))
+        def set_(self, value):
+            self._call(write, int(value))
 
-    @property
-    def iso_speed(self):
-        value = ctypes.c_uint32()
-        self._call("vexcap_get_iso_speed", ctypes.byref(value))
-        return value.value
+        return property(get, set_, doc=doc)
 
-    @iso_speed.setter
-    def iso_speed(self, value):
-        self._call("vexcap_set_iso_speed", int(value))
-
-    @property
-    def led_power(self):
-        value = ctypes.c_uint()
-        self._call("vexcap_get_led_power", ctypes.byref(value))
-        return value.value
-
-    @led_power.setter
-    def led_power(self, value):
-        self._call("vexcap_set_led_power", int(value))
+    exposure = _control(
+        "vexcap_get_exposure",
+        "vexcap_set_exposure",
+        ctypes.c_uint64,
+        "Exposure in 100 ns units. Reading it while auto exposure is on raises InvalidStateError.",
+    )
+    iso_speed = _control("vexcap_get_iso_speed", "vexcap_set_iso_speed", ctypes.c_uint32, "ISO speed.")
+    led_power = _control("vexcap_get_led_power", "vexcap_set_led_power", ctypes.c_uint, "LED (infrared torch) power.")
+    del _control
 
     def _write_only(name, pid, doc):  # noqa: N805 - builds the properties below
         def get(self):
