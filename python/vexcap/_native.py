@@ -15,13 +15,14 @@ from pathlib import Path
 
 from .errors import LibraryNotFoundError
 
-if sys.platform == "win32":
-    LIBRARY_FILE = "VexcapLib.dll"
-    # Exported under its C++ name (see the header): the decorated names of the two compilers.
-    LED_POWER_SYMBOL = "?vexcap_get_led_power@@YAHPEAUvexcap_device@@PEAI@Z"
-else:
-    LIBRARY_FILE = "libVexcapLib.so"
-    LED_POWER_SYMBOL = "_Z20vexcap_get_led_powerP13vexcap_devicePj"
+# vexcap_get_led_power is exported under its C++ name (see the header): MSVC's decoration on
+# Windows, the Itanium one elsewhere.
+LED_POWER_SYMBOLS = {
+    "win32": "?vexcap_get_led_power@@YAHPEAUvexcap_device@@PEAI@Z",
+    "other": "_Z20vexcap_get_led_powerP13vexcap_devicePj",
+}
+LIBRARY_FILE = "VexcapLib.dll" if sys.platform == "win32" else "libVexcapLib.so"
+LED_POWER_SYMBOL = LED_POWER_SYMBOLS["win32" if sys.platform == "win32" else "other"]
 
 
 class OpenParams(ctypes.Structure):
