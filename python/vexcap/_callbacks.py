@@ -31,8 +31,9 @@ def inside_callback():
 
 
 # ctypes gives a library thread a fresh Python thread state for every call into Python and
-# destroys it afterwards; for a callback that runs for every frame that costs more (tens of
-# microseconds, an mmap and a munmap each time) than the rest of the frame's way into Python.
+# destroys it afterwards; for a callback that runs for every frame that costs about as much
+# (tens of microseconds, an mmap and a munmap each time) as the rest of the frame's way into
+# Python.
 _kept = threading.local()  # lives in the thread state, so it is set exactly while that is kept
 _gil_state_ensure = getattr(getattr(ctypes, "pythonapi", None), "PyGILState_Ensure", None)
 
