@@ -4,7 +4,7 @@ import time
 
 import numpy as np
 import pytest
-from conftest import CAMERA_ID, INFRARED_640X480_30FPS
+from conftest import CAMERA_ID, INFRARED_320X240_60FPS, INFRARED_640X480_30FPS
 from pattern import chroma, frame_number, luma
 
 import vexcap
@@ -101,3 +101,22 @@ def test_stop_gives_back_the_queued_frames_and_read_starts_again(infrared):
     after = infrared.read()
     assert infrared.streaming
     assert after.timestamp >= before.timestamp + 0.3 * 1_000_000
+
+
+def test_frames_kept_by_the_hundred_keep_coming():
+    # The library holds back a stream's frames while 64 of its records are out; past that
+    # the package hands out copies, so a reader that keeps frames is not starved.
+    with vexcap.open(CAMERA_ID, reader="infrared") as cam:
+        cam.set_format(INFRARED_320X240_60FPS)
+        try:
+            kept = list(cam.frames(count=100, timeout=2))
+            assert cam.records_held == 56
+            for frame in kept:
+                np.testing.assert_array_equal(frame.image, luma(320, 240, frame_number(frame.image[0, 0])))
+            del kept, frame
+            cam.stop()  # gives back the queued records too
+            assert cam.records_held == 0
+            frame = cam.read()
+            assert cam.records_held >= 1  # viewed again
+        finally:
+            cam.set_format(INFRARED_640X480_30FPS)

@@ -2,6 +2,7 @@
 queue. A full queue drops its oldest frame, since a live camera's newest frame is the one worth
 having; the drop is counted."""
 import queue
+import threading
 
 from . import _contexts, _native
 from ._callbacks import keep_thread_state, report_exception
@@ -9,12 +10,19 @@ from .errors import CameraClosedError, FrameTimeoutError
 from .frames import Frame
 
 
+# The library holds back a stream's frames while this many of its records are out (the
+# header's VEXCAP_MAX_OUTSTANDING_FRAMES). Records that frames view count, so a reader keeping
+# frames gets copies past VIEW_LIMIT, leaving room for the records on their way.
+OUTSTANDING_LIMIT = 64
+VIEW_LIMIT = OUTSTANDING_LIMIT - 8
+
+
 def _give_back(address):
     _native.library().vexcap_return_frame(address)
 
 
 class FrameQueue:
-    """Records (zero-copy) or copied frames waiting for `get`."""
+    """Records to view (their addresses) or copied frames, waiting for `get`."""
 
     def __init__(self, capacity, copy):
         if capacity < 1:
@@ -25,16 +33,18 @@ class FrameQueue:
         self.dropped = 0  # frames pushed out of a full queue before anyone read them
         self._items = queue.SimpleQueue()  # in C: the cheapest hand-over between two threads
         self._closed = False
+        self._viewed = 0  # records out for viewing: queued, or held by frames
+        self._viewed_lock = threading.Lock()
 
     def put(self, address):
         """On the library's frame thread: takes over the record at `address`."""
-        if self.copy:
+        if self._may_view():
+            item = address
+        else:
             try:
                 item = Frame.copying(address)
             finally:
                 _give_back(address)
-        else:
-            item = address
         self._items.put(item)
         self.received += 1
         if self._closed:  # a frame still in flight as the camera closed
@@ -60,7 +70,12 @@ class FrameQueue:
         if item is _CLOSED:
             self._items.put(_CLOSED)  # for any other reader
             raise CameraClosedError("the camera was closed")
-        return item if self.copy else Frame.viewing(item)
+        return item if isinstance(item, Frame) else Frame.viewing(item, self._viewed_back)
+
+    @property
+    def viewed(self):
+        with self._viewed_lock:
+            return self._viewed
 
     def __len__(self):
         # A frame arriving at a full queue is there a moment before the oldest goes.
@@ -91,8 +106,22 @@ class FrameQueue:
             self._items.put(_CLOSED)
 
     def _discard(self, item):
-        if not self.copy:
+        if not isinstance(item, Frame):  # a record nobody read
             _give_back(item)
+            self._viewed_back()
+
+    def _may_view(self):
+        if self.copy:
+            return False
+        with self._viewed_lock:
+            if self._viewed >= VIEW_LIMIT:
+                return False
+            self._viewed += 1
+            return True
+
+    def _viewed_back(self):
+        with self._viewed_lock:
+            self._viewed -= 1
 
 
 _CLOSED = object()

@@ -242,6 +242,12 @@ class Camera:
         """Frames waiting to be read."""
         return len(self._queue)
 
+    @property
+    def records_held(self):
+        """The library's records this camera's frames hold, queued or viewed. The library holds
+        back a stream's frames while 64 are out, so past 56 new frames come as copies."""
+        return self._queue.viewed
+
     # ---- controls ---------------------------------------------------------------------------
 
     def _control(read, write, kind, doc):  # noqa: N805 - builds the properties below

@@ -41,16 +41,19 @@ def pixel_bytes(pixel_format, width, height, stride):
 
 
 class _DeliveredRecord:
-    """A record the library handed over, given back when the last view of its pixels goes."""
+    """A record the library handed over, given back when the last view of its pixels goes;
+    then `given_back()` runs."""
 
-    __slots__ = ("address",)
+    __slots__ = ("address", "given_back")
 
-    def __init__(self, address):
+    def __init__(self, address, given_back):
         self.address = address
+        self.given_back = given_back
 
     def __del__(self, _library=_native.library):
         try:
             _library().vexcap_return_frame(self.address)
+            self.given_back()
         except Exception:  # noqa: BLE001 - at interpreter teardown ctypes may be gone already
             pass
 
@@ -86,10 +89,11 @@ class Frame:
         self._pixels = pixels
 
     @classmethod
-    def viewing(cls, address):
-        """A frame over the record at `address` in place; the record is given back with it."""
+    def viewing(cls, address, given_back):
+        """A frame over the record at `address` in place; the record is given back with it,
+        then `given_back()` runs."""
         record = _native.FrameRecord.from_address(address)
-        owner = _DeliveredRecord(address)
+        owner = _DeliveredRecord(address, given_back)
         size = pixel_bytes(record.pixel_format, record.width, record.height, record.stride)
         if size == 0:
             return cls(record, np.empty(0, dtype=np.uint8))  # nothing to view: the record goes now
