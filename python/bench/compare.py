@@ -25,9 +25,11 @@ PATHS = ("camera alone", "C callback", "Python view", "Python copy")
 def run(path, fmt, fps, frames):
     source, subtype, width, height = FORMATS[fmt]
     args = [str(source), subtype, str(width), str(height), str(fps), str(frames)]
-    env = dict(os.environ, VEXCAP_LIBRARY=str(BUILD / "libVexcapLibScenarios.so"), PYTHONPATH=str(ROOT / "python"))
+    env = dict(os.environ, VEXCAP_LIBRARY=str(BUILD / "libVexcapLibScenarios.so"),
+               PYTHONPATH=str(ROOT / "python"))
     if path in ("camera alone", "C callback"):
-        command = [str(BUILD / "vexcap-frame-path-host"), *args, "camera" if path == "camera alone" else "callback"]
+        mode = "camera" if path == "camera alone" else "callback"
+        command = [str(BUILD / "vexcap-frame-path-host"), *args, mode]
     else:
         mode = "view" if path == "Python view" else "copy"
         command = [sys.executable, str(ROOT / "python" / "bench" / "frames_bench.py"), *args, mode]
@@ -73,7 +75,8 @@ def main():
                 extra = statistics.median(cpu) - c_median
                 overhead = f"{extra:+.0f} us ({extra / c_median:+.0%})"
             fps_text = "-" if path == "camera alone" else spread(fps)
-            print(f"| {fmt} | {path} | {spread(cpu)} | {fps_text} | {dropped if path.startswith('Python') else '-'} | {overhead} |")
+            dropped_text = dropped if path.startswith("Python") else "-"
+            print(f"| {fmt} | {path} | {spread(cpu)} | {fps_text} | {dropped_text} | {overhead} |")
 
 
 if __name__ == "__main__":

@@ -20,8 +20,9 @@ def main(argv):
     copy = argv[7] == "copy"
     # The same library the package loads (the loader hands out one instance per file).
     scenarios = ctypes.CDLL(os.environ["VEXCAP_LIBRARY"])
-    scenarios.vexcap_scenario_use_format.argtypes = [ctypes.c_uint32, ctypes.c_wchar_p] + [ctypes.c_uint32] * 4
-    if scenarios.vexcap_scenario_use_format(source, subtype, width, height, fps, 0) != 0:
+    use_format = scenarios.vexcap_scenario_use_format
+    use_format.argtypes = [ctypes.c_uint32, ctypes.c_wchar_p, *[ctypes.c_uint32] * 4]
+    if use_format(source, subtype, width, height, fps, 0) != 0:
         raise SystemExit("vexcap_scenario_use_format failed")
 
     import vexcap

@@ -43,7 +43,11 @@ lit_index = next(i for i, frame in enumerate(frames) if frame.illumination)
 dark = next(frame for frame in frames[lit_index + 1 :] if not frame.illumination)
 lit = frames[lit_index]
 difference = np.clip(lit.image.astype(np.int16) - dark.image.astype(np.int16), 0, 255).astype(np.uint8)
-panels = {"lit (illuminator on)": lit.image, "dark (illuminator off)": dark.image, "lit minus dark": difference}
+panels = {
+    "lit (illuminator on)": lit.image,
+    "dark (illuminator off)": dark.image,
+    "lit minus dark": difference,
+}
 
 # %%
 def show(panels):

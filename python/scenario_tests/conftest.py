@@ -15,7 +15,7 @@ os.environ["VEXCAP_LIBRARY"] = os.environ.get(
     "VEXCAP_SCENARIO_LIBRARY", str(ROOT / "build" / "native" / "libVexcapLibScenarios.so")
 )
 
-import vexcap  # noqa: E402
+import vexcap
 
 INFRARED, COLOUR = 0, 1
 
@@ -26,13 +26,14 @@ def camera_with():
     scenario whose source streams only that format at 30 fps, opened on that source; the
     camera opened before is closed first."""
     scenarios = ctypes.CDLL(os.environ["VEXCAP_LIBRARY"])
-    scenarios.vexcap_scenario_use_format.argtypes = [ctypes.c_uint32, ctypes.c_wchar_p] + [ctypes.c_uint32] * 4
+    use_format = scenarios.vexcap_scenario_use_format
+    use_format.argtypes = [ctypes.c_uint32, ctypes.c_wchar_p, *[ctypes.c_uint32] * 4]
     opened = []
 
     def open_camera(source, subtype, width, height, padding=0):
         while opened:  # the camera is set up with no device open
             opened.pop().close()
-        assert scenarios.vexcap_scenario_use_format(source, subtype, width, height, 30, padding) == 0
+        assert use_format(source, subtype, width, height, 30, padding) == 0
         cam = vexcap.open(reader="infrared" if source == INFRARED else "colour")
         opened.append(cam)
         return cam

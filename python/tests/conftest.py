@@ -11,12 +11,14 @@ ROOT = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "python"))
 os.environ.setdefault("VEXCAP_LIBRARY", str(ROOT / "build" / "native" / "libVexcapLib.so"))
 
-import vexcap  # noqa: E402
+import vexcap
 
 # Format codes of the infrared reader (the camera keeps the chosen one for the process).
 INFRARED_640X480_30FPS = 2
 INFRARED_320X240_60FPS = 1
-CAMERA_ID = "\\\\?\\USB#VID_F00D&PID_CAFE&MI_00#7&1f00dcaf&0&0000#{e5323777-f976-4f5b-9b55-b94699c46e44}\\GLOBAL"
+CAMERA_ID = (
+    "\\\\?\\USB#VID_F00D&PID_CAFE&MI_00#7&1f00dcaf&0&0000#{e5323777-f976-4f5b-9b55-b94699c46e44}\\GLOBAL"
+)
 
 
 @pytest.fixture

@@ -56,9 +56,11 @@ def test_capture_writes_images_and_metadata(tmp_path):
     with open(tmp_path / "frames.csv", newline="") as table:
         rows = list(csv.DictReader(table))
     assert [row["file"] for row in rows] == ["frame-000000.png", "", "", "frame-000003.png", "", ""]
-    assert sorted(p.name for p in tmp_path.iterdir()) == ["frame-000000.png", "frame-000003.png", "frames.csv"]
+    assert sorted(p.name for p in tmp_path.iterdir()) == ["frame-000000.png", "frame-000003.png",
+                                                          "frames.csv"]
     for row in rows:
-        assert (row["width"], row["height"], row["pixel_format"], row["led_power"]) == ("640", "480", "GRAY8", "255")
+        layout = (row["width"], row["height"], row["pixel_format"], row["led_power"])
+        assert layout == ("640", "480", "GRAY8", "255")
     for row in (rows[0], rows[3]):
         image = read_png(tmp_path / row["file"])
         n = frame_number(image[0, 0])
@@ -75,8 +77,8 @@ def test_an_unknown_camera_is_a_failure_with_a_reason():
 def test_the_illumination_example_pairs_a_lit_and_a_dark_frame(tmp_path):
     example = ROOT / "python" / "examples" / "infrared_illumination.py"
     env = dict(os.environ, PYTHONPATH=str(ROOT / "python"))
-    result = subprocess.run([sys.executable, str(example), str(tmp_path)], env=env, capture_output=True, text=True,
-                            timeout=60)
+    result = subprocess.run([sys.executable, str(example), str(tmp_path)], env=env, capture_output=True,
+                            text=True, timeout=60)
     assert result.returncode == 0, result.stderr
     lit, dark = read_png(tmp_path / "lit.png"), read_png(tmp_path / "dark.png")
     n = frame_number(lit[0, 0])

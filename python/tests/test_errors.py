@@ -47,7 +47,7 @@ def test_a_closed_camera_refuses_requests_and_wakes_its_reader():
     cam.read()
     cam.close()
     cam.close()  # closing twice is harmless
-    assert not cam.open_state
+    assert cam.closed
     with pytest.raises(vexcap.CameraClosedError):
         cam.exposure
     with pytest.raises(vexcap.CameraClosedError):

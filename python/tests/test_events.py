@@ -57,7 +57,7 @@ def test_a_camera_closed_from_its_own_callback_closes_after_it():
 
     cam.on_rgb_stopped(stopped)
     assert closed_inside.wait(10)
-    assert not cam.open_state
+    assert cam.closed
     # The slot is free once the close has run.
     wait_until(lambda: _opens(CAMERA_ID, "colour"))
 

@@ -48,7 +48,8 @@ def test_colour_frames_are_nv12_planes_and_convert_to_rgb(colour):
     c = y.astype(float) - 16
     d = np.repeat(np.repeat(uv[:, :, 0].astype(float) - 128, 2, axis=0), 2, axis=1)
     e = np.repeat(np.repeat(uv[:, :, 1].astype(float) - 128, 2, axis=0), 2, axis=1)
-    expected = np.stack([1.164 * c + 1.596 * e, 1.164 * c - 0.392 * d - 0.813 * e, 1.164 * c + 2.017 * d], axis=-1)
+    red, green, blue = 1.164 * c + 1.596 * e, 1.164 * c - 0.392 * d - 0.813 * e, 1.164 * c + 2.017 * d
+    expected = np.stack([red, green, blue], axis=-1)
     expected = np.clip(np.round(expected), 0, 255)
     rgb = frame.to_rgb()
     assert rgb.shape == (480, 640, 3) and rgb.dtype == np.uint8

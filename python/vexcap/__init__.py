@@ -11,7 +11,7 @@
 The package loads the native library (libVexcapLib.so or VexcapLib.dll) through ctypes; see
 docs/python.md for where it looks and for the whole surface.
 """
-from .camera import Camera, log, open  # noqa: A004 - vexcap.open is the package's entry point
+from .camera import Camera, log, open  # vexcap.open is the package's entry point
 from .discovery import (
     CameraInfo,
     DeviceWatch,

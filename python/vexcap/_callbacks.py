@@ -19,7 +19,7 @@ def run_callback(callback, args, where):
     _inside.depth = getattr(_inside, "depth", 0) + 1
     try:
         callback(*args)
-    except BaseException:  # noqa: BLE001 - nothing may propagate into the library's thread
+    except BaseException:  # nothing may propagate into the library's thread
         report_exception(where)
     finally:
         _inside.depth -= 1

@@ -108,7 +108,10 @@ _DECLARATIONS = {
     "vexcap_unregister_for_excl_ctrl_status_event": (c_int, [_DEVICE]),
     "vexcap_register_for_rgb_status_event": (c_int, [_DEVICE, RGB_STATUS_CALLBACK, c_void_p]),
     "vexcap_unregister_for_rgb_status_event": (c_int, [_DEVICE]),
-    "vexcap_register_for_unsupported_format_status_event": (c_int, [_DEVICE, UNSUPPORTED_FORMAT_CALLBACK, c_void_p]),
+    "vexcap_register_for_unsupported_format_status_event": (
+        c_int,
+        [_DEVICE, UNSUPPORTED_FORMAT_CALLBACK, c_void_p],
+    ),
     "vexcap_unregister_for_unsupported_format_status_event": (c_int, [_DEVICE]),
     "vexcap_register_for_rgb_stopped_event": (c_int, [_DEVICE, RGB_STOPPED_CALLBACK, c_void_p]),
     "vexcap_unregister_for_rgb_stopped_event": (c_int, [_DEVICE]),
@@ -163,6 +166,7 @@ def library():
                     failures.append(f"{candidate}: {error}")
             else:
                 raise LibraryNotFoundError(
-                    "cannot load the VexcapLib library (set VEXCAP_LIBRARY to its path): " + "; ".join(failures)
+                    "cannot load the VexcapLib library (set VEXCAP_LIBRARY to its path): "
+                    + "; ".join(failures)
                 )
     return _library

@@ -51,7 +51,7 @@ def shut_down():
     for resource in resources:
         try:
             resource.close()
-        except BaseException:  # noqa: BLE001 - exit goes on whatever one resource did
+        except BaseException:  # exit goes on whatever one resource did
             report_exception(f"closing {resource!r} at exit")
     if _started:
         _native.library().vexcap_exit()

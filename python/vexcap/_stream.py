@@ -136,7 +136,7 @@ def _deliver(address, context):
         return False
     try:
         queue.put(address)  # owns the record from here, whatever happens
-    except BaseException:  # noqa: BLE001 - nothing may propagate into the library's thread
+    except BaseException:  # nothing may propagate into the library's thread
         report_exception("the frame callback")
     return True
 

@@ -29,7 +29,7 @@ def log(on=True):
     with _slots_lock:
         open_now = list(_slots.values())
     for camera in open_now:
-        if camera.open_state:
+        if not camera.closed:
             camera.set_property(props.DIAGNOSTIC_LOG, _log_wanted)
             return
 
@@ -43,7 +43,7 @@ def _reader_mode(reader):
     return int(reader)
 
 
-def open(camera=None, reader="infrared", shared=True, *, size=(640, 480), queue_size=4, copy=False):  # noqa: A001
+def open(camera=None, reader="infrared", shared=True, *, size=(640, 480), queue_size=4, copy=False):
     """Opens a camera: `camera` is a CameraInfo, an id, or None for the first camera present.
 
     reader: "infrared", "colour" (or "color"), "depth", or the stream mode as a number.
@@ -60,7 +60,10 @@ def open(camera=None, reader="infrared", shared=True, *, size=(640, 480), queue_
         if not present:
             raise CameraNotFoundError("no camera found (the library's device callbacks reported none)")
         camera = present[0]
-    camera_id, name = (camera.id, camera.name) if isinstance(camera, discovery.CameraInfo) else (str(camera), "")
+    if isinstance(camera, discovery.CameraInfo):
+        camera_id, name = camera.id, camera.name
+    else:
+        camera_id, name = str(camera), ""
     # Opening an id no camera has, or a source kind the camera lacks, would retry for ever.
     kinds = discovery.capabilities(camera_id)
     if kinds is None:
@@ -71,7 +74,8 @@ def open(camera=None, reader="infrared", shared=True, *, size=(640, 480), queue_
         )
     wanted = discovery.SOURCE_KINDS[min(mode, len(discovery.SOURCE_KINDS) - 1)]
     if wanted not in kinds:
-        raise CameraNotFoundError(f"the camera {camera_id!r} has no {wanted} source (it has: {', '.join(kinds) or 'none'})")
+        has = ", ".join(kinds) or "none"
+        raise CameraNotFoundError(f"the camera {camera_id!r} has no {wanted} source (it has: {has})")
     return Camera(camera_id, name, mode, shared, size, queue_size, copy)
 
 
@@ -96,10 +100,10 @@ class Camera:
         try:
             handle = ctypes.c_void_p()
             params = _native.OpenParams(mode, size[0], size[1])
-            check(
-                "vexcap_device_open",
-                _runtime.started_library().vexcap_device_open(ctypes.byref(handle), camera_id, ctypes.byref(params)),
+            code = _runtime.started_library().vexcap_device_open(
+                ctypes.byref(handle), camera_id, ctypes.byref(params)
             )
+            check("vexcap_device_open", code)
         except BaseException:
             self._leave_slot()
             raise
@@ -121,9 +125,9 @@ class Camera:
     # ---- lifetime ---------------------------------------------------------------------------
 
     @property
-    def open_state(self):
-        """False once `close` has begun."""
-        return not self._handle.closed
+    def closed(self):
+        """True once `close` has begun."""
+        return self._handle.closed
 
     def close(self):
         """Stops the stream and closes the device. From inside one of the library's callbacks
@@ -138,7 +142,7 @@ class Camera:
     def _close_reporting(self):
         try:
             self._finish_close()
-        except BaseException:  # noqa: BLE001 - no caller to raise to on this thread
+        except BaseException:  # no caller to raise to on this thread
             report_exception(f"closing {self!r}")
 
     def _finish_close(self):
@@ -171,8 +175,9 @@ class Camera:
         self.close()
 
     def __repr__(self):
-        state = "open" if self.open_state else "closed"
-        return f"<Camera {self.name or self.id!r} {self.reader} {'shared' if self.shared else 'exclusive'}, {state}>"
+        state = "closed" if self.closed else "open"
+        stream = "shared" if self.shared else "exclusive"
+        return f"<Camera {self.name or self.id!r} {self.reader} {stream}, {state}>"
 
     def _call(self, function, *args):
         with self._handle.use() as device:
@@ -189,7 +194,9 @@ class Camera:
             if self.shared:
                 self._call("vexcap_start_streaming", FRAME_CALLBACK, self._queue_key)
             else:
-                self._call("vexcap_start_streaming_ex", FRAME_CALLBACK, self._queue_key, STREAM_SELECT_EXCLUSIVE)
+                self._call(
+                    "vexcap_start_streaming_ex", FRAME_CALLBACK, self._queue_key, STREAM_SELECT_EXCLUSIVE
+                )
             self._streaming = True
 
     def stop(self):
@@ -250,7 +257,7 @@ class Camera:
 
     # ---- controls ---------------------------------------------------------------------------
 
-    def _control(read, write, kind, doc):  # noqa: N805 - builds the properties below
+    def _control(read, write, kind, doc):  # builds the properties below
         def get(self):
             value = kind()
             self._call(read, ctypes.byref(value))
@@ -268,10 +275,12 @@ class Camera:
         "Exposure in 100 ns units. Reading it while auto exposure is on raises InvalidStateError.",
     )
     iso_speed = _control("vexcap_get_iso_speed", "vexcap_set_iso_speed", ctypes.c_uint32, "ISO speed.")
-    led_power = _control("vexcap_get_led_power", "vexcap_set_led_power", ctypes.c_uint, "LED (infrared torch) power.")
+    led_power = _control(
+        "vexcap_get_led_power", "vexcap_set_led_power", ctypes.c_uint, "LED (infrared torch) power."
+    )
     del _control
 
-    def _write_only(name, pid, doc):  # noqa: N805 - builds the properties below
+    def _write_only(name, pid, doc):  # builds the properties below
         def get(self):
             return self._settings.get(name)
 
@@ -282,7 +291,9 @@ class Camera:
         return property(get, set_, doc=doc)
 
     auto_exposure = _write_only(
-        "auto_exposure", props.AUTO_EXPOSURE, "True or False. The library reads none back: the value last set here, or None."
+        "auto_exposure",
+        props.AUTO_EXPOSURE,
+        "True or False. The library reads none back: the value last set here, or None.",
     )
     face_auth_mode = _write_only(
         "face_auth_mode",
@@ -290,7 +301,9 @@ class Camera:
         '"disabled", "alternative_illumination" or "background_subtraction" (or the number). '
         "The value last set here, or None.",
     )
-    llc = _write_only("llc", props.LLC, "Low-light compensation, True or False. The value last set here, or None.")
+    llc = _write_only(
+        "llc", props.LLC, "Low-light compensation, True or False. The value last set here, or None."
+    )
     del _write_only
 
     # ---- device properties ------------------------------------------------------------------

@@ -17,6 +17,9 @@ except ImportError:  # a Python without zlib: frames are saved as .npy instead
 
 _GROUP_TYPES = {"usb": "USB", "software": "software device (SWD)", "other": "other (neither USB nor SWD)"}
 _EXIT_FAILED = 1
+# The columns of vexcap-capture's frames.csv, the last naming the image file.
+_COLUMNS = ["index", "timestamp_us", "width", "height", "stride", "pixel_format", "exposure_100ns",
+            "iso_speed", "led_power", "illumination", "file"]
 
 
 def _describe(number, camera, vid=None, pid=None):
@@ -29,7 +32,8 @@ def _describe(number, camera, vid=None, pid=None):
     print(f"    locations   {', '.join(camera.locations) or 'none reported'}")
     if vid or pid:
         used = vexcap.vid_pid_used(camera.id, vid or "", pid or "")
-        print(f"    {vid or ''}/{pid or ''}  {'in use by this camera' if used else 'not used by this camera'}")
+        verdict = "in use by this camera" if used else "not used by this camera"
+        print(f"    {vid or ''}/{pid or ''}  {verdict}")
 
 
 def run_list(options):
@@ -43,7 +47,10 @@ def run_list(options):
         print(f"watching for {options.watch:g} s (Ctrl-C ends)...", flush=True)
 
         def report(what):
-            return lambda camera_id, name="": print(f"{what} {camera_id}{'  ' + name if name else ''}", flush=True)
+            def show(camera_id, name=""):
+                print(f"{what} {camera_id}{'  ' + name if name else ''}", flush=True)
+
+            return show
 
         present = len(cameras)
 
@@ -80,12 +87,13 @@ def run_info(options):
         print("device properties")
         _print_value("17 RGB status", lambda: cam.get_property("rgb_status"))
         _print_value("21 video control mode", lambda: cam.get_property("video_control_mode"))
-        sensor = vexcap.properties.HIRES_FORMATS
-        _print_value("22 high-res sensor type", lambda: _with_name(cam.get_property("hires_sensor_type"), sensor))
+        _print_value("22 high-res sensor type", lambda: _sensor_type(cam))
     return 0
 
 
-def _with_name(code, names):
+def _sensor_type(cam):
+    code = cam.get_property("hires_sensor_type")
+    names = vexcap.properties.HIRES_FORMATS
     return f"{code}: {names[code]}" if code in names else code
 
 
@@ -98,13 +106,13 @@ def _print_value(name, read):
 
 
 def _frame_file(folder, index, frame):
+    image = frame.to_rgb() if frame.pixel_format == vexcap.PixelFormat.NV12 else frame.image
     if write_png is not None:
         name = f"frame-{index:06d}.png"
-        image = frame.to_rgb() if frame.pixel_format == vexcap.PixelFormat.NV12 else frame.image
         write_png(folder / name, image)
     else:
         name = f"frame-{index:06d}.npy"
-        np.save(folder / name, frame.to_rgb() if frame.pixel_format == vexcap.PixelFormat.NV12 else frame.image)
+        np.save(folder / name, image)
     return name
 
 
@@ -112,14 +120,14 @@ def run_capture(options):
     folder = Path(options.out)
     folder.mkdir(parents=True, exist_ok=True)
     with _open(options) as cam:
-        print(f"capturing from {cam.name or cam.id} ({cam.reader} reader, {options.stream} stream) into {folder}")
+        source = f"{cam.name or cam.id} ({cam.reader} reader, {options.stream} stream)"
+        print(f"capturing from {source} into {folder}")
         files = 0
         first = last = None
         partial = folder / "frames.csv.part"
         with open(partial, "w", newline="") as table:
             rows = csv.writer(table)
-            rows.writerow(["index", "timestamp_us", "width", "height", "stride", "pixel_format", "exposure_100ns",
-                           "iso_speed", "led_power", "illumination", "file"])
+            rows.writerow(_COLUMNS)
             for index, frame in enumerate(cam.frames(count=options.frames, timeout=options.frame_timeout)):
                 first = first if first is not None else frame.timestamp
                 last = frame.timestamp
@@ -127,14 +135,16 @@ def run_capture(options):
                 if options.every and index % options.every == 0:
                     name = _frame_file(folder, index, frame)
                     files += 1
+                led_power = 255 if frame.led_power is None else frame.led_power
                 rows.writerow([index, frame.timestamp, frame.width, frame.height, frame.stride,
                                frame.pixel_format.name, frame.exposure or 0, frame.iso_speed or 0,
-                               255 if frame.led_power is None else frame.led_power, int(frame.illumination), name])
+                               led_power, int(frame.illumination), name])
         os.replace(partial, folder / "frames.csv")
         span = (last - first) / 1e6 if first is not None else 0.0
         rate = (options.frames - 1) / span if span > 0 else 0.0
         print(f"summary: {options.frames} frames in {span:.2f} s, {rate:.2f} fps, {cam.dropped} dropped")
-        print(f"wrote {files} image file{'' if files == 1 else 's'} and frames.csv ({options.frames} rows) to {folder}")
+        images = f"{files} image file{'' if files == 1 else 's'}"
+        print(f"wrote {images} and frames.csv ({options.frames} rows) to {folder}")
     return 0
 
 
@@ -142,15 +152,17 @@ def parser():
     top = argparse.ArgumentParser(prog="python -m vexcap", description=__doc__)
     commands = top.add_subparsers(dest="command", required=True)
 
-    listing = commands.add_parser("list", help="the cameras present: id, name, sources, group type, locations")
+    listing = commands.add_parser("list", help="the cameras present: id, name, sources, group type, places")
     listing.add_argument("--vid", help="also tell whether a camera has a source whose id holds this text ...")
     listing.add_argument("--pid", help="... and this one, e.g. --vid VID_F00D --pid PID_CAFE")
-    listing.add_argument("--watch", type=float, default=0, metavar="S", help="then report arrivals and removals for S s")
+    listing.add_argument("--watch", type=float, default=0, metavar="S",
+                         help="then report arrivals and removals for S seconds")
 
     for name, text in (("capture", "stream frames into image files and frames.csv"),
                        ("info", "the controls and device properties of one camera")):
         command = commands.add_parser(name, help=text)
-        command.add_argument("--camera", metavar="ID", help="the camera's id, as `list` prints it (default: the first)")
+        command.add_argument("--camera", metavar="ID",
+                             help="the camera's id, as `list` prints it (default: the first)")
         command.add_argument("--reader", default="infrared", choices=["infrared", "colour", "color", "depth"])
         command.add_argument("--stream", default="shared", choices=["shared", "exclusive"],
                              help="which of the library's two clients streams")

@@ -42,7 +42,8 @@ def capabilities(camera_id):
     flags = (ctypes.c_uint8 * len(SOURCE_KINDS))()
     if _runtime.started_library().vexcap_get_device_capabilities(camera_id, flags) != 0:
         return None
-    return tuple(kind for kind in ("infrared", "colour", "depth", "other") if flags[SOURCE_KINDS.index(kind)] == 1)
+    shown = ("infrared", "colour", "depth", "other")
+    return tuple(kind for kind in shown if flags[SOURCE_KINDS.index(kind)] == 1)
 
 
 def locations(id_text):
@@ -64,7 +65,8 @@ def source_group_type():
 def source_group_type_for_vid_pid(vid, pid):
     """The type of the group with a source whose id holds both texts; None when there is none."""
     value = ctypes.c_uint32()
-    if _runtime.started_library().vexcap_get_source_group_type_for_vid_pid(vid, pid, ctypes.byref(value)) != 0:
+    lib = _runtime.started_library()
+    if lib.vexcap_get_source_group_type_for_vid_pid(vid, pid, ctypes.byref(value)) != 0:
         return None
     return GROUP_TYPES.get(value.value)
 
@@ -72,7 +74,8 @@ def source_group_type_for_vid_pid(vid, pid):
 def targeted_location():
     """The panel of the first colour or infrared source that reports one; None when none does."""
     panel = ctypes.c_uint32(len(PANELS))
-    check("vexcap_get_targeted_location", _runtime.started_library().vexcap_get_targeted_location(ctypes.byref(panel)))
+    lib = _runtime.started_library()
+    check("vexcap_get_targeted_location", lib.vexcap_get_targeted_location(ctypes.byref(panel)))
     return PANELS[panel.value] if panel.value < len(PANELS) else None
 
 
@@ -131,7 +134,8 @@ class DeviceWatch:
         if subscription is None:
             return
         try:
-            check("vexcap_unregiester_device_callbacks", _native.library().vexcap_unregiester_device_callbacks(subscription))
+            code = _native.library().vexcap_unregiester_device_callbacks(subscription)
+            check("vexcap_unregiester_device_callbacks", code)
         finally:
             _contexts.leave(self._key)
             _runtime.let_go(self)

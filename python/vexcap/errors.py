@@ -71,12 +71,12 @@ class LibraryNotFoundError(Error, OSError):
 
 # code: (exception class, name in the header, meaning)
 _CODES = {
-    E_FAIL: (OperationFailedError, "VEXCAP_E_FAIL", "failed, or not supported by this camera or library build"),
+    E_FAIL: (OperationFailedError, "VEXCAP_E_FAIL", "failed, or not supported by this camera or library"),
     E_INVALID_STATE: (InvalidStateError, "VEXCAP_E_INVALID_STATE", "not in a state that allows this request"),
     E_TIMEOUT: (DeviceTimeoutError, "VEXCAP_E_TIMEOUT", "the camera did not answer in time"),
-    E_ACCESS_DENIED: (AccessDeniedError, "VEXCAP_E_ACCESS_DENIED", "access denied: another application may hold the camera"),
-    E_INVALID_ARG: (InvalidArgumentError, "VEXCAP_E_INVALID_ARG", "an argument is out of range for this camera"),
-    E_NO_INTERFACE: (NoInterfaceError, "VEXCAP_E_NO_INTERFACE", "the camera lacks the interface this request needs"),
+    E_ACCESS_DENIED: (AccessDeniedError, "VEXCAP_E_ACCESS_DENIED", "another application may hold the camera"),
+    E_INVALID_ARG: (InvalidArgumentError, "VEXCAP_E_INVALID_ARG", "an argument is out of range"),
+    E_NO_INTERFACE: (NoInterfaceError, "VEXCAP_E_NO_INTERFACE", "the camera lacks the interface"),
     E_INIT_THREAD: (InitError, "VEXCAP_E_INIT_THREAD", "the library could not start its request thread"),
 }
 

@@ -54,7 +54,7 @@ class _DeliveredRecord:
         try:
             _library().vexcap_return_frame(self.address)
             self.given_back()
-        except Exception:  # noqa: BLE001 - at interpreter teardown ctypes may be gone already
+        except Exception:  # at interpreter teardown ctypes may be gone already
             pass
 
 

@@ -55,7 +55,8 @@ def property_id(name_or_id):
         try:
             return PROPERTY_IDS[name_or_id]
         except KeyError:
-            raise ValueError(f"no device property is named {name_or_id!r}; known: {', '.join(PROPERTY_IDS)}") from None
+            known = ", ".join(PROPERTY_IDS)
+            raise ValueError(f"no device property is named {name_or_id!r}; known: {known}") from None
     return int(name_or_id)
 
 
