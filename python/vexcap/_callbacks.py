@@ -29,19 +29,3 @@ def inside_callback():
     """True on a library thread while it runs one of the host's callbacks."""
     return getattr(_inside, "depth", 0) > 0
 
-
-# ctypes gives a library thread a fresh Python thread state for every call into Python and
-# destroys it afterwards; for a callback that runs for every frame that costs about as much
-# (tens of microseconds, an mmap and a munmap each time) as the rest of the frame's way into
-# Python.
-_kept = threading.local()  # lives in the thread state, so it is set exactly while that is kept
-_gil_state_ensure = getattr(getattr(ctypes, "pythonapi", None), "PyGILState_Ensure", None)
-
-
-def keep_thread_state():
-    """Lets the library thread running this callback keep its thread state from now on: one
-    unmatched PyGILState_Ensure. One state (about 17 KB) per library thread that delivered
-    frames stays until the interpreter ends."""
-    if _gil_state_ensure is not None and not getattr(_kept, "state", False):
-        _gil_state_ensure()
-        _kept.state = True

@@ -5,7 +5,7 @@ import queue
 import threading
 
 from . import _contexts, _native
-from ._callbacks import keep_thread_state, report_exception
+from ._callbacks import report_exception
 from .errors import CameraClosedError, FrameTimeoutError
 from .frames import Frame
 
@@ -129,7 +129,6 @@ _CLOSED = object()
 
 def _deliver(address, context):
     """The frame callback. Never raises into the library; false stops a stream nobody reads."""
-    keep_thread_state()
     queue = _contexts.lookup(context)
     if queue is None:
         _give_back(address)
