@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Every test: native, AddressSanitizer + UndefinedBehaviorSanitizer, ThreadSanitizer (each with the
 # stress harness: 10 s native, 60 s under each sanitizer, and the endurance check: 10,000
-# open/stream/close cycles native, fewer under the sanitizers), the fuzz targets 30 s each, the
+# open/stream/close cycles native, fewer under the sanitizers), the Python package's tests on the
+# native build, the fuzz targets 30 s each, the
 # Windows build under Wine (stress 30 s, 500 endurance cycles); then the product DLL under Wine and
 # its export table. Installs what is missing first.
 #
@@ -44,6 +45,8 @@ update_clone
   cd build/clone/VexcapLib
   [ ! -e ../shared ]
   run_preset native
+  echo "==== python ===="
+  bash scripts/test-python.sh
   echo "==== release: install and consumer ===="
   cmake --preset release >/dev/null
   cmake --build --preset release
