@@ -138,6 +138,15 @@ class AsyncBase {
     return S_OK;
   }
 
+  // What an operation released by everyone still held: its results and its handler.
+  void drop_outcome() {
+    Outcome<Result> outcome;
+    ComPtr<Handler> handler;
+    std::lock_guard lock(mutex_);
+    std::swap(outcome, outcome_);
+    std::swap(handler, handler_);
+  }
+
   void wait_for_handler() {
     // A caller that never sets a handler (it polls, or abandons the operation) is not kept
     // waiting for ever.
@@ -211,6 +220,9 @@ class AsyncAction final
   HRESULT STDMETHODCALLTYPE get_Status(abi::AsyncStatus* value) override;
   HRESULT STDMETHODCALLTYPE get_ErrorCode(HRESULT* code) override;
   HRESULT STDMETHODCALLTYPE Close() override;
+
+ private:
+  void retire() override { drop_outcome(); }
 };
 
 template <class T>
@@ -266,6 +278,9 @@ class AsyncOperation final
     DOUBLE_ENTER("Close");
     return this->close();
   }
+
+ private:
+  void retire() override { this->drop_outcome(); }
 };
 
 // Outcomes of operations whose result is one of the double's objects or a plain value.
