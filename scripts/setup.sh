@@ -6,7 +6,7 @@ packages=(
   cmake make g++ git pkg-config
   googletest libgtest-dev libgmock-dev libbenchmark-dev libyuv-dev libpng-dev python3
   g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 wine64
-  clang libclang-rt-14-dev
+  clang libclang-rt-14-dev llvm
 )
 
 missing=()
