@@ -1,7 +1,8 @@
 // IAsyncAction and IAsyncOperation<T> as the platform implements them: the work runs on a
 // thread of the double's own and completes there. Per operation (seeded), it completes either
-// before the caller can set its Completed handler (which then runs at once on the setting
-// thread, as Windows does) or after (the handler runs on the completing thread). A second
+// before the caller can set its Completed handler (the method returns once the work is done,
+// within 100 ms; the handler then runs at once on the setting thread, as Windows does) or
+// after (the handler runs on the completing thread). A second
 // put_Completed and GetResults before completion are violations with the platform's errors.
 #pragma once
 
@@ -175,9 +176,12 @@ class AsyncBase {
   }
 
  private:
+  // An operation that completes early is usually done before its method returns; one whose
+  // work takes long (a slow device) returns started all the same, as the platform's methods
+  // never block their caller.
   void wait_until_completed() {
     std::unique_lock lock(mutex_);
-    changed_.wait(lock, [&] { return status_ != abi::AsyncStatus::Started; });
+    changed_.wait_for(lock, std::chrono::milliseconds(100), [&] { return status_ != abi::AsyncStatus::Started; });
   }
 
   // Called with the lock held; runs the handler without it, once.
