@@ -75,6 +75,7 @@ class DeviceWatcher final : public Object<DeviceWatcher, Threading::Agile, abi::
     auto cell = new_token_cell();
     auto delegate = ComPtr<AddedHandler>::copy_from(handler);
     auto registered = watcher_->add_added([this, delegate, cell](const platform::DeviceInformation& info) {
+      if (!alive()) return;
       auto information = make<DeviceInformation>(info);
       if (delegate->Invoke(this, information.get()) == kDisconnected) watcher_->remove_added(*cell);
     });
@@ -143,6 +144,7 @@ class DeviceWatcher final : public Object<DeviceWatcher, Threading::Agile, abi::
     auto cell = new_token_cell();
     auto delegate = ComPtr<UpdateHandler>::copy_from(handler);
     auto registered = (watcher_.get()->*add)([this, delegate, cell, remove](const platform::DeviceInformationUpdate& update) {
+      if (!alive()) return;
       auto args = make<DeviceInformationUpdate>(update.id);
       if (delegate->Invoke(this, args.get()) == kDisconnected) (watcher_.get()->*remove)(*cell);
     });
