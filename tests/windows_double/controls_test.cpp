@@ -102,3 +102,45 @@ TEST_F(Controls, StreamTypesSelectTheSourcesFormats) {
 
 }  // namespace
 }  // namespace vexcap::double_tests
+
+namespace vexcap::double_tests {
+namespace {
+
+TEST_F(Controls, AutoExposureSwitchesBothWays) {
+  vexcap_device* device = start_and_open(VEXCAP_STREAM_MODE_EXCLUSIVE);
+  ASSERT_NE(device, nullptr);
+  vexcap_property on{VEXCAP_PROP_AUTO_EXPOSURE, VEXCAP_AUTO_EXPOSURE_ON};
+  ASSERT_EQ(vexcap_set_dev_property(device, &on), VEXCAP_OK);
+  EXPECT_TRUE(live().sources.at(0).exposure->auto_enabled);
+  // Off is set through a temporary device of the same camera, opened beside this one.
+  vexcap_property off{VEXCAP_PROP_AUTO_EXPOSURE, VEXCAP_AUTO_EXPOSURE_OFF};
+  ASSERT_EQ(vexcap_set_dev_property(device, &off), VEXCAP_OK);
+  EXPECT_FALSE(live().sources.at(0).exposure->auto_enabled);
+  EXPECT_EQ(vexcap_device_close(device), VEXCAP_OK);
+}
+
+TEST_F(Controls, ApplyingA1080pStreamTypeRunsTheColourReaderWithIt) {
+  vc::edit_source(camera_id(), 1, [](vc::SourceModel& colour) {
+    std::erase_if(colour.formats, [](const vc::FormatModel& format) { return format.subtype != L"NV12"; });
+  });
+  vexcap_device* device = start_and_open(VEXCAP_STREAM_MODE_SHARED);
+  ASSERT_NE(device, nullptr);
+  vexcap_property apply{VEXCAP_PROP_STREAM_TYPE_APPLY, VEXCAP_FORMAT_HIRES_1080P};
+  ASSERT_EQ(vexcap_set_dev_property(device, &apply), VEXCAP_OK);
+  const auto& colour = live().sources.at(1);
+  EXPECT_EQ(colour.formats.at(*colour.current_format).width, 1920u);
+  EXPECT_EQ(vexcap_device_close(device), VEXCAP_OK);
+}
+
+TEST_F(Controls, TheColourStreamSwitchedOffCannotStreamAgain) {
+  vexcap_device* device = start_and_open(VEXCAP_STREAM_MODE_SHARED);
+  ASSERT_NE(device, nullptr);
+  vexcap_property off{VEXCAP_PROP_RGB_OFF, 1};
+  ASSERT_EQ(vexcap_set_dev_property(device, &off), VEXCAP_OK);
+  Frames frames;
+  EXPECT_EQ(vexcap_start_streaming(device, Frames::keep, &frames), VEXCAP_E_INVALID_STATE);
+  EXPECT_EQ(vexcap_device_close(device), VEXCAP_OK);
+}
+
+}  // namespace
+}  // namespace vexcap::double_tests
