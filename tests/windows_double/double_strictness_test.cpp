@@ -112,3 +112,4 @@ TEST_F(DoubleStrictness, ObjectsUsedWithoutARuntimeAreCaught) {
 
 }  // namespace
 }  // namespace vexcap::double_tests
+
