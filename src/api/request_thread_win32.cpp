@@ -17,6 +17,10 @@ namespace {
 
 constexpr wchar_t kWindowClass[] = L"VXDCTWindow";
 
+// Set by a send from the request thread to its own window, which calls the window procedure
+// directly; every other request reaching the procedure comes from another thread.
+thread_local bool direct_send_pending = false;
+
 // The window's state: lives on the request thread's stack; its address is the window's
 // creation parameter and then its user data.
 struct WindowState {
@@ -69,7 +73,8 @@ LRESULT CALLBACK window_procedure(HWND window, UINT message, WPARAM wparam, LPAR
     if (state == nullptr || state->handler == nullptr) return 0;
     // A waiting request answers messages sent from other threads; a request among them would
     // run inside the waiting one. (A send from the request thread itself runs directly.)
-    if (state->running != 0 && InSendMessage()) {
+    const bool direct = std::exchange(direct_send_pending, false);
+    if (state->running != 0 && !direct) {
       VXLOG('W', "Request %u refused: request %u is still running", message, state->running);
       return 0;
     }
@@ -165,7 +170,9 @@ class Win32RequestThread final : public RequestTransport {
   }
 
   void send(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) override {
+    direct_send_pending = GetWindowThreadProcessId(window_, nullptr) == GetCurrentThreadId();
     SendMessageW(window_, message, static_cast<WPARAM>(wparam), static_cast<LPARAM>(lparam));
+    direct_send_pending = false;
   }
 
   void stop() override {
