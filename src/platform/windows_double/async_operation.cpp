@@ -44,9 +44,7 @@ HRESULT AsyncAction::GetResults() {
 
 HRESULT AsyncAction::get_Id(UINT32* id) {
   DOUBLE_ENTER("get_Id");
-  if (id == nullptr) return E_POINTER;
-  *id = 1;
-  return S_OK;
+  return give(id, 1);
 }
 
 HRESULT AsyncAction::get_Status(abi::AsyncStatus* value) {

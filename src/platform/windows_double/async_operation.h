@@ -266,9 +266,7 @@ class AsyncOperation final
   }
   HRESULT STDMETHODCALLTYPE get_Id(UINT32* id) override {
     DOUBLE_ENTER("get_Id");
-    if (id == nullptr) return E_POINTER;
-    *id = 1;
-    return S_OK;
+    return give(id, 1);
   }
   HRESULT STDMETHODCALLTYPE get_Status(abi::AsyncStatus* value) override {
     DOUBLE_ENTER("get_Status");

@@ -47,9 +47,7 @@ class VectorView final : public Object<VectorView<T>, Threading::Agile, Implemen
   }
   HRESULT STDMETHODCALLTYPE get_Size(UINT32* size) override {
     DOUBLE_ENTER("get_Size");
-    if (size == nullptr) return E_POINTER;
-    *size = UINT32(elements_->size());
-    return S_OK;
+    return give(size, UINT32(elements_->size()));
   }
   HRESULT STDMETHODCALLTYPE IndexOf(Abi, UINT32*, boolean*) override { return this->unmodelled("IndexOf"); }
   HRESULT STDMETHODCALLTYPE GetMany(UINT32, UINT32, Abi*, UINT32*) override { return this->unmodelled("GetMany"); }
@@ -108,9 +106,7 @@ class MapIterator final
   }
   HRESULT STDMETHODCALLTYPE get_HasCurrent(boolean* has) override {
     DOUBLE_ENTER("get_HasCurrent");
-    if (has == nullptr) return E_POINTER;
-    *has = at_ < entries_->size();
-    return S_OK;
+    return give(has, at_ < entries_->size());
   }
   HRESULT STDMETHODCALLTYPE MoveNext(boolean* has) override {
     DOUBLE_ENTER("MoveNext");
@@ -148,9 +144,7 @@ class MapView final : public Object<MapView<K, V>, Threading::Agile, Implements<
   }
   HRESULT STDMETHODCALLTYPE get_Size(UINT32* size) override {
     DOUBLE_ENTER("get_Size");
-    if (size == nullptr) return E_POINTER;
-    *size = UINT32(entries_->size());
-    return S_OK;
+    return give(size, UINT32(entries_->size()));
   }
   HRESULT STDMETHODCALLTYPE HasKey(abi::abi_t<K> key, boolean* found) override {
     DOUBLE_ENTER("HasKey");

@@ -17,15 +17,11 @@ class Pairing final : public Object<Pairing, Threading::Agile, abi::UnmodelledID
   explicit Pairing(platform::Pairing pairing) : Object("Windows.Devices.Enumeration.DeviceInformationPairing"), pairing_(pairing) {}
   HRESULT STDMETHODCALLTYPE get_IsPaired(boolean* value) override {
     DOUBLE_ENTER("get_IsPaired");
-    if (value == nullptr) return E_POINTER;
-    *value = pairing_.is_paired;
-    return S_OK;
+    return give(value, pairing_.is_paired);
   }
   HRESULT STDMETHODCALLTYPE get_CanPair(boolean* value) override {
     DOUBLE_ENTER("get_CanPair");
-    if (value == nullptr) return E_POINTER;
-    *value = pairing_.can_pair;
-    return S_OK;
+    return give(value, pairing_.can_pair);
   }
 
  private:
@@ -38,9 +34,7 @@ class EnclosureLocation final
   explicit EnclosureLocation(platform::Panel panel) : Object("Windows.Devices.Enumeration.EnclosureLocation"), panel_(panel) {}
   HRESULT STDMETHODCALLTYPE get_Panel(abi::Panel* value) override {
     DOUBLE_ENTER("get_Panel");
-    if (value == nullptr) return E_POINTER;
-    *value = static_cast<abi::Panel>(panel_);
-    return S_OK;
+    return give(value, static_cast<abi::Panel>(panel_));
   }
 
  private:
@@ -181,16 +175,12 @@ HRESULT DeviceInformation::get_Name(HSTRING* value) {
 
 HRESULT DeviceInformation::get_IsEnabled(boolean* value) {
   DOUBLE_ENTER("get_IsEnabled");
-  if (value == nullptr) return E_POINTER;
-  *value = info_.is_enabled;
-  return S_OK;
+  return give(value, info_.is_enabled);
 }
 
 HRESULT DeviceInformation::get_IsDefault(boolean* value) {
   DOUBLE_ENTER("get_IsDefault");
-  if (value == nullptr) return E_POINTER;
-  *value = info_.is_default;
-  return S_OK;
+  return give(value, info_.is_default);
 }
 
 HRESULT DeviceInformation::get_EnclosureLocation(abi::IEnclosureLocation** value) {
@@ -203,9 +193,7 @@ HRESULT DeviceInformation::get_EnclosureLocation(abi::IEnclosureLocation** value
 
 HRESULT DeviceInformation::get_Kind(abi::DeviceInformationKind* value) {
   DOUBLE_ENTER("get_Kind");
-  if (value == nullptr) return E_POINTER;
-  *value = static_cast<abi::DeviceInformationKind>(info_.kind);
-  return S_OK;
+  return give(value, static_cast<abi::DeviceInformationKind>(info_.kind));
 }
 
 HRESULT DeviceInformation::get_Pairing(abi::IDeviceInformationPairing** value) {

@@ -97,9 +97,7 @@ class FrameReference final
       : Object("Windows.Media.Capture.Frames.MediaFrameReference"), data_(std::move(data)) {}
   HRESULT STDMETHODCALLTYPE get_SourceKind(abi::MediaFrameSourceKind* value) override {
     DOUBLE_ENTER("get_SourceKind");
-    if (value == nullptr) return E_POINTER;
-    *value = static_cast<abi::MediaFrameSourceKind>(data_->kind);
-    return S_OK;
+    return give(value, static_cast<abi::MediaFrameSourceKind>(data_->kind));
   }
   HRESULT STDMETHODCALLTYPE get_Format(abi::IMediaFrameFormat** value) override {
     DOUBLE_ENTER("get_Format");

@@ -23,15 +23,11 @@ class MediaRatio final : public Object<MediaRatio, Threading::Agile, abi::Unmode
       : Object("Windows.Media.MediaProperties.MediaRatio"), numerator_(numerator), denominator_(denominator) {}
   HRESULT STDMETHODCALLTYPE get_Numerator(UINT32* value) override {
     DOUBLE_ENTER("get_Numerator");
-    if (value == nullptr) return E_POINTER;
-    *value = numerator_;
-    return S_OK;
+    return give(value, numerator_);
   }
   HRESULT STDMETHODCALLTYPE get_Denominator(UINT32* value) override {
     DOUBLE_ENTER("get_Denominator");
-    if (value == nullptr) return E_POINTER;
-    *value = denominator_;
-    return S_OK;
+    return give(value, denominator_);
   }
 
  private:
@@ -45,15 +41,11 @@ class VideoFormat final
       : Object("Windows.Media.Capture.Frames.VideoMediaFrameFormat"), width_(width), height_(height) {}
   HRESULT STDMETHODCALLTYPE get_Width(UINT32* value) override {
     DOUBLE_ENTER("get_Width");
-    if (value == nullptr) return E_POINTER;
-    *value = width_;
-    return S_OK;
+    return give(value, width_);
   }
   HRESULT STDMETHODCALLTYPE get_Height(UINT32* value) override {
     DOUBLE_ENTER("get_Height");
-    if (value == nullptr) return E_POINTER;
-    *value = height_;
-    return S_OK;
+    return give(value, height_);
   }
 
  private:
@@ -67,9 +59,7 @@ class GetPropertyResult final
       : Object("Windows.Media.Capture.Frames.MediaFrameSourceGetPropertyResult"), result_(std::move(result)) {}
   HRESULT STDMETHODCALLTYPE get_Status(abi::MediaFrameSourceGetPropertyStatus* value) override {
     DOUBLE_ENTER("get_Status");
-    if (value == nullptr) return E_POINTER;
-    *value = static_cast<abi::MediaFrameSourceGetPropertyStatus>(result_.status);
-    return S_OK;
+    return give(value, static_cast<abi::MediaFrameSourceGetPropertyStatus>(result_.status));
   }
   HRESULT STDMETHODCALLTYPE get_Value(IInspectable** value) override {
     DOUBLE_ENTER("get_Value");

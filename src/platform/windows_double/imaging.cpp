@@ -131,31 +131,29 @@ std::shared_ptr<platform::Bitmap> SoftwareBitmap::port() {
   return nullptr;
 }
 
+std::optional<SoftwareBitmap::Shape> SoftwareBitmap::shape() {
+  std::lock_guard lock(mutex_);
+  if (bitmap_) return Shape{bitmap_->pixel_format(), bitmap_->pixel_width(), bitmap_->pixel_height()};
+  if (image_) return Shape{image_->format, image_->width, image_->height};
+  return std::nullopt;
+}
+
 HRESULT SoftwareBitmap::get_BitmapPixelFormat(abi::BitmapPixelFormat* value) {
   DOUBLE_ENTER("get_BitmapPixelFormat");
-  if (value == nullptr) return E_POINTER;
-  auto bitmap = port();
-  if (!bitmap) return kClosed;
-  *value = static_cast<abi::BitmapPixelFormat>(bitmap->pixel_format());
-  return S_OK;
+  const auto pixels = shape();
+  return pixels ? give(value, pixels->format) : kClosed;
 }
 
 HRESULT SoftwareBitmap::get_PixelWidth(INT32* value) {
   DOUBLE_ENTER("get_PixelWidth");
-  if (value == nullptr) return E_POINTER;
-  auto bitmap = port();
-  if (!bitmap) return kClosed;
-  *value = bitmap->pixel_width();
-  return S_OK;
+  const auto pixels = shape();
+  return pixels ? give(value, pixels->width) : kClosed;
 }
 
 HRESULT SoftwareBitmap::get_PixelHeight(INT32* value) {
   DOUBLE_ENTER("get_PixelHeight");
-  if (value == nullptr) return E_POINTER;
-  auto bitmap = port();
-  if (!bitmap) return kClosed;
-  *value = bitmap->pixel_height();
-  return S_OK;
+  const auto pixels = shape();
+  return pixels ? give(value, pixels->height) : kClosed;
 }
 
 HRESULT SoftwareBitmap::get_IsReadOnly(boolean* value) {
@@ -202,16 +200,12 @@ HRESULT SoftwareBitmap::Close() {
 
 HRESULT StorageBuffer::get_Capacity(UINT32* value) {
   DOUBLE_ENTER("get_Capacity");
-  if (value == nullptr) return E_POINTER;
-  *value = buffer_->capacity();
-  return S_OK;
+  return give(value, buffer_->capacity());
 }
 
 HRESULT StorageBuffer::get_Length(UINT32* value) {
   DOUBLE_ENTER("get_Length");
-  if (value == nullptr) return E_POINTER;
-  *value = buffer_->length();
-  return S_OK;
+  return give(value, buffer_->length());
 }
 
 HRESULT StorageBuffer::put_Length(UINT32 value) {

@@ -4,6 +4,8 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
+#include <optional>
 
 #include "platform/port.h"
 #include "platform/virtual/pixel_image.h"
@@ -29,6 +31,13 @@ class SoftwareBitmap final
   std::shared_ptr<platform::Bitmap> port();
 
  private:
+  struct Shape {
+    platform::PixelFormat format;
+    std::int32_t width;
+    std::int32_t height;
+  };
+  std::optional<Shape> shape();  // nullopt once released
+
   void retire() override;
   std::mutex mutex_;
   std::shared_ptr<platform::Bitmap> bitmap_;

@@ -26,9 +26,7 @@ class FailedEventArgs final
   }
   HRESULT STDMETHODCALLTYPE get_Code(UINT32* value) override {
     DOUBLE_ENTER("get_Code");
-    if (value == nullptr) return E_POINTER;
-    *value = UINT32(failure_.code);
-    return S_OK;
+    return give(value, UINT32(failure_.code));
   }
 
  private:
@@ -48,9 +46,7 @@ class ExclusiveControlChangedArgs final
   }
   HRESULT STDMETHODCALLTYPE get_Status(abi::MediaCaptureDeviceExclusiveControlStatus* value) override {
     DOUBLE_ENTER("get_Status");
-    if (value == nullptr) return E_POINTER;
-    *value = static_cast<abi::MediaCaptureDeviceExclusiveControlStatus>(change_.status);
-    return S_OK;
+    return give(value, static_cast<abi::MediaCaptureDeviceExclusiveControlStatus>(change_.status));
   }
 
  private:

@@ -231,9 +231,7 @@ extern "C" __declspec(dllexport) HRESULT WINAPI MFShutdown() {
 }
 
 extern "C" __declspec(dllexport) HRESULT WINAPI MFCreateAttributes(IMFAttributes** attributes, UINT32) {
-  if (attributes == nullptr) return E_POINTER;
-  *attributes = new AttributeStore();
-  return S_OK;
+  return give(attributes, new AttributeStore());
 }
 
 extern "C" __declspec(dllexport) HRESULT WINAPI MFEnumDeviceSources(IMFAttributes* attributes, IMFActivate*** activates,

@@ -128,6 +128,14 @@ HRESULT hand_out(const Ref<T>& object, I** out) {
   return S_OK;
 }
 
+// Writes a getter's answer to the caller's out parameter.
+template <class T, class V>
+HRESULT give(T* out, V&& value) {
+  if (out == nullptr) return E_POINTER;
+  *out = static_cast<T>(std::forward<V>(value));
+  return S_OK;
+}
+
 // An object answering the interfaces in Bases (each names its ABI interface as
 // `interface_type`); the first is its IUnknown and IInspectable.
 template <class Self, Threading kThreading, class... Bases>
@@ -157,9 +165,7 @@ class Object : public ObjectCore, public Bases... {
   virtual HRESULT STDMETHODCALLTYPE GetRuntimeClassName(HSTRING* name) { return runtime_class_name(name); }
   virtual HRESULT STDMETHODCALLTYPE GetTrustLevel(TrustLevel* level) {
     if (HRESULT entered = enter("GetTrustLevel"); FAILED(entered)) return entered;
-    if (level == nullptr) return E_POINTER;
-    *level = BaseTrust;
-    return S_OK;
+    return give(level, BaseTrust);
   }
 
  private:

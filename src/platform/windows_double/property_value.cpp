@@ -8,51 +8,37 @@ namespace vexcap::windows_double {
 
 HRESULT BoxedUInt32::get_Type(abi::PropertyType* type) {
   DOUBLE_ENTER("get_Type");
-  if (type == nullptr) return E_POINTER;
-  *type = abi::PropertyType::UInt32;
-  return S_OK;
+  return give(type, abi::PropertyType::UInt32);
 }
 
 HRESULT BoxedUInt32::GetUInt32(UINT32* value) {
   DOUBLE_ENTER("GetUInt32");
-  if (value == nullptr) return E_POINTER;
-  *value = value_;
-  return S_OK;
+  return give(value, value_);
 }
 
 HRESULT BoxedUInt32::get_Value(UINT32* value) {
   DOUBLE_ENTER("get_Value");
-  if (value == nullptr) return E_POINTER;
-  *value = value_;
-  return S_OK;
+  return give(value, value_);
 }
 
 HRESULT BoxedInt32::get_Type(abi::PropertyType* type) {
   DOUBLE_ENTER("get_Type");
-  if (type == nullptr) return E_POINTER;
-  *type = abi::PropertyType::Int32;
-  return S_OK;
+  return give(type, abi::PropertyType::Int32);
 }
 
 HRESULT BoxedInt32::GetInt32(INT32* value) {
   DOUBLE_ENTER("GetInt32");
-  if (value == nullptr) return E_POINTER;
-  *value = value_;
-  return S_OK;
+  return give(value, value_);
 }
 
 HRESULT BoxedInt32::get_Value(INT32* value) {
   DOUBLE_ENTER("get_Value");
-  if (value == nullptr) return E_POINTER;
-  *value = value_;
-  return S_OK;
+  return give(value, value_);
 }
 
 HRESULT BoxedBytes::get_Type(abi::PropertyType* type) {
   DOUBLE_ENTER("get_Type");
-  if (type == nullptr) return E_POINTER;
-  *type = abi::PropertyType::UInt8Array;
-  return S_OK;
+  return give(type, abi::PropertyType::UInt8Array);
 }
 
 HRESULT BoxedBytes::GetUInt8Array(UINT32* length, BYTE** value) { return get_Value(length, value); }

@@ -43,16 +43,12 @@ HRESULT SourceInfo::get_Id(HSTRING* value) {
 
 HRESULT SourceInfo::get_MediaStreamType(abi::MediaStreamType* value) {
   DOUBLE_ENTER("get_MediaStreamType");
-  if (value == nullptr) return E_POINTER;
-  *value = static_cast<abi::MediaStreamType>(info_.stream_type);
-  return S_OK;
+  return give(value, static_cast<abi::MediaStreamType>(info_.stream_type));
 }
 
 HRESULT SourceInfo::get_SourceKind(abi::MediaFrameSourceKind* value) {
   DOUBLE_ENTER("get_SourceKind");
-  if (value == nullptr) return E_POINTER;
-  *value = static_cast<abi::MediaFrameSourceKind>(info_.kind);
-  return S_OK;
+  return give(value, static_cast<abi::MediaFrameSourceKind>(info_.kind));
 }
 
 HRESULT SourceInfo::get_DeviceInformation(abi::IDeviceInformation** value) {
