@@ -9,7 +9,7 @@ set -euo pipefail
 job="${1:-test}"
 build=(cmake make g++ libcli11-dev zlib1g-dev)
 tests=(git pkg-config googletest libgtest-dev libgmock-dev libpng-dev python3 python3-numpy python3-pytest)
-windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev wine64)
+windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev wine64 llvm)
 fuzzing=(cmake make clang libclang-rt-14-dev)
 case "$job" in
   demo) packages=("${build[@]}") ;;
