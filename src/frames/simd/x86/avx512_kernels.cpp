@@ -177,7 +177,7 @@ std::uint64_t both_halves(__mmask32 low, __mmask32 high) {
 
 // `columns` (even, at most 64) columns of a row pair; Partial loads and stores only those.
 template <bool kPartial>
-VEXCAP_KERNEL_STEP void convert64(const Rgb24RowPair& at, unsigned columns) {
+VEXCAP_KERNEL_STEP void convert64(Rgb24RowPair at, unsigned columns) {
   __mmask64 loaded[3] = {~0ull, ~0ull, ~0ull};
   if constexpr (kPartial) {
     for (int k = 0; k < 3; ++k) {
@@ -224,8 +224,8 @@ VEXCAP_KERNEL_STEP void convert64(const Rgb24RowPair& at, unsigned columns) {
 struct Rgb24Runs {
   static constexpr std::uint32_t kColumns = 64;
 
-  VEXCAP_KERNEL_STEP void convert(const Rgb24RowPair& at) const { convert64<false>(at, kColumns); }
-  std::uint32_t convert_last(const Rgb24RowPair& at, std::uint32_t columns) const {
+  VEXCAP_KERNEL_STEP void convert(Rgb24RowPair at) const { convert64<false>(at, kColumns); }
+  std::uint32_t convert_last(Rgb24RowPair at, std::uint32_t columns) const {
     const std::uint32_t even = columns & ~1u;
     if (even != 0) convert64<true>(at, even);
     return even;

@@ -63,7 +63,7 @@ int whole_quotients(__m128 numerator) {
 struct Rgb24Runs {
   static constexpr std::uint32_t kColumns = 4;
 
-  void convert(const Rgb24RowPair& at) const {
+  void convert(Rgb24RowPair at) const {
     const Channels a = load4(at.top);
     const Channels b = load4(at.bottom);
     const __m128 sr = _mm_cvtepi32_ps(block_sums(a.r, b.r));
