@@ -229,7 +229,7 @@ std::uint32_t blocks_of_chroma_words(std::uint32_t chroma_words) {
 // The rare run with a whole number, out of the loop: its flags are worked out again here, so
 // that the loop keeps only their union. The pointers come one by one: a row pair passed in
 // memory would be built on every run.
-[[gnu::noinline]] void settle_run(const std::uint8_t* top, const std::uint8_t* bottom,
+VEXCAP_KERNEL_RARE void settle_run(const std::uint8_t* top, const std::uint8_t* bottom,
                                   std::uint8_t* y_top, std::uint8_t* y_bottom, std::uint8_t* uv,
                                   const Rgb24Constants& k) {
   const Rgb24RowPair at{top, bottom, y_top, y_bottom, uv};
