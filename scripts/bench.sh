@@ -5,7 +5,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-bash scripts/setup.sh
+bash scripts/setup.sh bench
 cmake --preset native -DVEXCAP_BUILD_BENCH=ON >/dev/null
 cmake --build --preset native --target vexcap_bench
 

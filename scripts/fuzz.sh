@@ -14,6 +14,7 @@ if [ ${#targets[@]} -eq 0 ]; then
            discovery_strings open_parameters)
 fi
 
+bash scripts/setup.sh fuzz
 cmake --preset fuzz >/dev/null
 cmake --build --preset fuzz --target "${targets[@]/#/fuzz_}"
 

@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: MIT */
 /*
  * VexcapLib public interface.
  *
@@ -26,6 +27,13 @@
 #else
 #  define VEXCAP_API __attribute__((visibility("default")))
 #endif
+
+/* The library's version: 1.0.0 keeps the 33 functions and the record layouts below; a new
+ * MAJOR breaks them, a new MINOR adds to them. */
+#define VEXCAP_VERSION_MAJOR 1
+#define VEXCAP_VERSION_MINOR 0
+#define VEXCAP_VERSION_PATCH 0
+#define VEXCAP_VERSION_STRING "1.0.0"
 
 #ifdef __cplusplus
 extern "C" {
@@ -287,7 +295,8 @@ VEXCAP_API int vexcap_unregister_for_rgb_stopped_event(vexcap_device* device);
 /*
  * vexcap_get_led_power is exported under its C++ name. The result pointer is not checked.
  *
- * C++ hosts call it directly. C hosts reach it one of two ways:
+ * C++ hosts call it directly (on Windows with MinGW the declaration binds it to the DLL's
+ * MSVC-decorated name). C hosts reach it one of two ways:
  *  - with GCC or Clang, the declaration below binds the C name to the decorated symbol;
  *  - with any compiler, look VEXCAP_GET_LED_POWER_SYMBOL up with GetProcAddress / dlsym and
  *    call it through vexcap_get_led_power_fn.
@@ -302,7 +311,10 @@ typedef int (*vexcap_get_led_power_fn)(vexcap_device* device, unsigned int* powe
 #  define VEXCAP_GET_LED_POWER_ASM_NAME VEXCAP_GET_LED_POWER_SYMBOL
 #endif
 
-#ifdef __cplusplus
+#if defined(_WIN32) && defined(__GNUC__) && !defined(_MSC_VER) && !defined(VEXCAP_BUILDING_LIBRARY)
+#  define VEXCAP_BIND_LED_POWER_NAME 1 /* MinGW mangles C++ names otherwise than the DLL's export */
+#endif
+#if defined(__cplusplus) && !defined(VEXCAP_BIND_LED_POWER_NAME)
 VEXCAP_API int vexcap_get_led_power(vexcap_device* device, unsigned int* power);
 #elif defined(__GNUC__) || defined(__clang__)
 /* Without dllimport: the import library's thunk carries the decorated name. */

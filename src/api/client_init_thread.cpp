@@ -1,5 +1,6 @@
 #include "api/client_init_thread.h"
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <memory>
@@ -8,6 +9,7 @@
 #include <thread>
 #include <utility>
 
+#include "api/request_transport.h"
 #include "log/log.h"
 
 namespace vexcap::api {
@@ -41,9 +43,18 @@ hresult run_client_initialization(std::function<hresult()> initialize, std::uint
     return HR_OUTOFMEMORY;
   }
 
+  // Waited for in slices: between them the request thread answers messages sent to it.
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
   std::unique_lock<std::mutex> lock(record->mutex);
-  const bool finished = record->done.wait_for(lock, std::chrono::milliseconds(timeout_ms),
-                                              [&] { return record->finished; });
+  bool finished = false;
+  for (;;) {
+    const auto slice = std::min(deadline, std::chrono::steady_clock::now() + std::chrono::milliseconds(10));
+    finished = record->done.wait_until(lock, slice, [&] { return record->finished; });
+    if (finished || std::chrono::steady_clock::now() >= deadline) break;
+    lock.unlock();
+    answer_sent_messages();
+    lock.lock();
+  }
   if (!finished) {
     lock.unlock();
     VXLOG('E', "Time out waiting for init thread to finish");

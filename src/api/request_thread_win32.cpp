@@ -17,12 +17,17 @@ namespace {
 
 constexpr wchar_t kWindowClass[] = L"VXDCTWindow";
 
+// Set by a send from the request thread to its own window, which calls the window procedure
+// directly; every other request reaching the procedure comes from another thread.
+thread_local bool direct_send_pending = false;
+
 // The window's state: lives on the request thread's stack; its address is the window's
 // creation parameter and then its user data.
 struct WindowState {
   HWND window = nullptr;
   RequestHandler* handler = nullptr;
   bool quit = false;
+  std::uint32_t running = 0;  // the request being handled, 0 between requests
 };
 
 // Shared with the thread so an abandoned thread never outlives what it uses.
@@ -65,11 +70,19 @@ LRESULT CALLBACK window_procedure(HWND window, UINT message, WPARAM wparam, LPAR
   }
   if (is_request_message(message)) {
     auto* state = reinterpret_cast<WindowState*>(GetWindowLongPtrW(window, GWLP_USERDATA));
-    if (state != nullptr && state->handler != nullptr &&
-        state->handler->dispatch(message, static_cast<std::uintptr_t>(wparam),
-                                    static_cast<std::intptr_t>(lparam))) {
-      DestroyWindow(window);  // the exit request: WM_DESTROY ends the loop
+    if (state == nullptr || state->handler == nullptr) return 0;
+    // A waiting request answers messages sent from other threads; a request among them would
+    // run inside the waiting one. (A send from the request thread itself runs directly.)
+    const bool direct = std::exchange(direct_send_pending, false);
+    if (state->running != 0 && !direct) {
+      VXLOG('W', "Request %u refused: request %u is still running", message, state->running);
+      return 0;
     }
+    const std::uint32_t outer = std::exchange(state->running, message);
+    const bool exit = state->handler->dispatch(message, static_cast<std::uintptr_t>(wparam),
+                                               static_cast<std::intptr_t>(lparam));
+    state->running = outer;
+    if (exit) DestroyWindow(window);  // the exit request: WM_DESTROY ends the loop
     return 0;
   }
   return DefWindowProcW(window, message, wparam, lparam);
@@ -157,7 +170,9 @@ class Win32RequestThread final : public RequestTransport {
   }
 
   void send(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) override {
+    direct_send_pending = GetWindowThreadProcessId(window_, nullptr) == GetCurrentThreadId();
     SendMessageW(window_, message, static_cast<WPARAM>(wparam), static_cast<LPARAM>(lparam));
+    direct_send_pending = false;
   }
 
   void stop() override {
@@ -193,6 +208,12 @@ class Win32RequestThread final : public RequestTransport {
 };
 
 }  // namespace
+
+void answer_sent_messages() {
+  // Peeking dispatches every message sent to this thread's windows and removes nothing posted.
+  MSG message;
+  PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE | PM_QS_SENDMESSAGE);
+}
 
 std::unique_ptr<RequestTransport> start_request_thread(RequestHandlerFactory make_handler) {
   auto thread = std::make_unique<Win32RequestThread>(std::move(make_handler));

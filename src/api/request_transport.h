@@ -50,4 +50,10 @@ void set_request_thread_starter_for_testing(RequestThreadStarter starter);
 
 constexpr std::uint32_t kRequestThreadStopTimeoutMs = 10000;
 
+// Answers the messages other threads have sent to windows of the calling thread (on Windows;
+// nothing elsewhere). The request thread's waits call it between slices, so that a thread
+// sending it an ordinary message is not held up by a request that waits; the request window
+// itself runs no second request inside a waiting one.
+void answer_sent_messages();
+
 }  // namespace vexcap::api

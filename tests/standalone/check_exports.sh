@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Checks that a built library exports exactly the 33 functions hosts link against.
+# Checks that a built library exports exactly the 33 functions hosts link against; for an
+# import library (VexcapLib.lib), that it names exactly those 33.
 # Usage: check_exports.sh LIBRARY EXPECTED_LIST
 set -euo pipefail
 library="$1"
@@ -13,11 +14,18 @@ case "$library" in
              sed -n 's/^[[:space:]]*\[[[:space:]]*[0-9]*\][[:space:]]*//p' | sort) ||
       { echo "$objdump could not read $library"; exit 1; }
     ;;
+  *.lib)
+    led='?vexcap_get_led_power@@YAHPEAUvexcap_device@@PEAI@Z'
+    nm=$(command -v llvm-nm || command -v llvm-nm-14 || echo x86_64-w64-mingw32-nm)
+    # Every function of an import library has its __imp_ pointer.
+    actual=$("$nm" "$library" 2>/dev/null | sed -n 's/^.* __imp_//p' | sort) ||
+      { echo "$nm could not read $library"; exit 1; }
+    ;;
   *)
     led='_Z20vexcap_get_led_powerP13vexcap_devicePj'
-    # Functions the library defines and exports (template instantiations of the C++ runtime
-    # that the linker must keep weak are not functions of ours and carry no vexcap name).
-    actual=$(nm -D --defined-only "$library" | awk '$2 == "T" { print $3 }' | sort) ||
+    # Every symbol the library defines for others, whatever its kind: a weak C++ runtime
+    # instantiation or a stray object would be part of the interface too.
+    actual=$(nm -D --defined-only "$library" | awk '{ print $NF }' | sort) ||
       { echo "nm could not read $library"; exit 1; }
     ;;
 esac

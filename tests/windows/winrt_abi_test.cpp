@@ -175,13 +175,17 @@ std::string abi_spelling(const Json& entry) {
 }
 
 // Interfaces the adapter needs beyond the facts file, written in its format (Windows SDK
-// windows.media.mediaproperties.h).
+// windows.media.mediaproperties.h and windows.media.capture.frames.h).
 const Json& supplementary_facts() {
   static const Json entries = Json::parse(R"([
     {"short_name": "IMediaRatio", "kind": "winrt", "base": "IInspectable",
      "iid": "d2d0fee5-8929-401d-ac78-7d357e378163", "vtable_slots": 10,
      "methods": [{"slot": 6, "name": "put_Numerator"}, {"slot": 7, "name": "get_Numerator"},
-                 {"slot": 8, "name": "put_Denominator"}, {"slot": 9, "name": "get_Denominator"}]}
+                 {"slot": 8, "name": "put_Denominator"}, {"slot": 9, "name": "get_Denominator"}]},
+    {"short_name": "IInfraredMediaFrame", "kind": "winrt", "base": "IInspectable",
+     "iid": "3fd13503-004b-4f0e-91ac-465299b41658", "vtable_slots": 9,
+     "methods": [{"slot": 6, "name": "get_FrameReference"}, {"slot": 7, "name": "get_VideoMediaFrame"},
+                 {"slot": 8, "name": "get_IsIlluminated"}]}
   ])");
   return entries;
 }

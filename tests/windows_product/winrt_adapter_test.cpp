@@ -1,7 +1,7 @@
 // The adapter's Windows Runtime half under Wine, which has no capture runtime classes: the
 // port operations that need them fail as platform errors, and the wait helper and HSTRINGs
-// work against hand-made asynchronous operations, every reference given back. (Agile
-// references are not checked: Wine does not implement RoGetAgileReference.)
+// work against hand-made asynchronous operations, every reference given back. (The capture's
+// agile reference is exercised on the Windows double, tests/windows_double.)
 #include <windows.h>
 
 #include <roapi.h>

@@ -86,14 +86,19 @@ std::optional<Capabilities> capabilities_of(const std::wstring& camera_id) {
                       flags[VEXCAP_CAPABILITY_DEPTH] == 1, flags[VEXCAP_CAPABILITY_OTHER] == 1};
 }
 
-Camera choose_camera(const std::optional<std::string>& camera_option) {
-  if (!camera_option) {
+Camera choose_camera(const CameraChoice& choice) {
+  if (!choice.id) {
     DeviceEvents events;
     const std::vector<Camera> cameras = cameras_added(initial_events(events));
     if (cameras.empty()) throw ToolError("no camera found (the library's device callbacks reported none)");
-    return cameras.front();
+    const std::size_t number = choice.number.value_or(1);
+    if (number > cameras.size()) {
+      throw ToolError("--camera " + std::to_string(number) + ": " + std::to_string(cameras.size()) + " camera" +
+                      (cameras.size() == 1 ? "" : "s") + " present; `vexcap-capture list` numbers them");
+    }
+    return cameras[number - 1];
   }
-  Camera camera{widen(*camera_option), L""};
+  Camera camera{widen(*choice.id), L""};
   std::uint8_t flags[VEXCAP_CAPABILITY_COUNT] = {};
   check_call("vexcap_get_device_capabilities",
              guarded("vexcap_get_device_capabilities",

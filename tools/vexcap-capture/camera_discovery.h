@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "options.h"
 #include "vexcap/vexcap.h"
 
 namespace vexcap::tool {
@@ -67,8 +68,9 @@ std::string kinds_text(const Capabilities& capabilities);
 // vexcap_get_device_capabilities; nullopt when no camera has this id.
 std::optional<Capabilities> capabilities_of(const std::wstring& camera_id);
 
-// The camera the options name, or the first present one; throws when there is none. The id is
-// checked with a discovery query first, since opening an unknown id never returns.
-Camera choose_camera(const std::optional<std::string>& camera_option);
+// The camera --camera names (by id, or by its number in the list of cameras present), or the
+// first present one; throws when there is none. An id is checked with a discovery query first,
+// since opening an unknown id never returns.
+Camera choose_camera(const CameraChoice& choice);
 
 }  // namespace vexcap::tool

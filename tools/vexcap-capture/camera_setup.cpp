@@ -84,12 +84,18 @@ int get_property(vexcap_device* device, std::uint32_t id, std::uint32_t& value) 
   return result;
 }
 
-void switch_diagnostic_log_on(vexcap_device* device) {
+bool switch_diagnostic_log_on(vexcap_device* device) {
   const int result = set_property(device, VEXCAP_PROP_DIAGNOSTIC_LOG, VEXCAP_DIAGNOSTIC_LOG_ON);
   if (result != VEXCAP_OK) {
     std::fprintf(stderr, "vexcap-capture: warning: the diagnostic log stays off: vexcap_set_dev_property (%s) answered %s\n",
                  property_name(VEXCAP_PROP_DIAGNOSTIC_LOG), describe_result(result).c_str());
   }
+  return result == VEXCAP_OK;
+}
+
+void announce_log_start() {
+  std::fprintf(stderr, "vexcap-capture: --log: the library's log starts here, once the camera is open "
+                       "(it prints only while a camera is open)\n");
 }
 
 void apply_format_and_controls(vexcap_device* device, const Options& options) {

@@ -23,8 +23,12 @@ std::unique_ptr<OpenCamera> open_camera(const Camera& camera, std::uint32_t read
 int set_property(vexcap_device* device, std::uint32_t id, std::uint32_t value);
 int get_property(vexcap_device* device, std::uint32_t id, std::uint32_t& value);
 
-// Device property 5. A library that does not serve it gets a warning, not a failure.
-void switch_diagnostic_log_on(vexcap_device* device);
+// Device property 5. A library that does not serve it gets a warning, not a failure; false then.
+// The library prints its log only while a camera is open, from this call on: every open (and
+// every close) switches it off again.
+bool switch_diagnostic_log_on(vexcap_device* device);
+// Tells the person reading the log where it begins (on standard error).
+void announce_log_start();
 
 // --format / --format-apply, then the controls, in the order the options list them.
 void apply_format_and_controls(vexcap_device* device, const Options& options);

@@ -11,6 +11,7 @@
 #include "frame_stream.h"
 #include "interrupt.h"
 #include "metadata_csv.h"
+#include "output_folder.h"
 #include "png_file.h"
 #include "progress_line.h"
 #include "seconds.h"
@@ -30,28 +31,21 @@ std::string png_name(std::uint64_t index) {
   return name;
 }
 
-std::filesystem::path prepare_folder(const std::string& out) {
-  std::filesystem::path folder(out);
-  std::error_code error;
-  std::filesystem::create_directories(folder, error);
-  if (error) throw ToolError("cannot create the output folder " + out + ": " + error.message());
-  return folder;
-}
-
 }  // namespace
 
 int run_capture(const Options& options) {
   using Clock = std::chrono::steady_clock;
   // Declared first: the library may still be inside the callback until it has shut down.
   FrameIntake intake(options.frames.value_or(0), kQueuedFrames);
+  // The folder first: a capture that could not keep its frames should not start the camera.
+  const std::filesystem::path folder = prepare_output_folder(options.out, options.overwrite);
   Library library;
   const Camera camera = choose_camera(options.camera);
   const std::unique_ptr<OpenCamera> device = open_camera(camera, options.reader, options.width, options.height);
-  if (options.diagnostic_log) switch_diagnostic_log_on(device->handle());
+  if (options.diagnostic_log && switch_diagnostic_log_on(device->handle())) announce_log_start();
   apply_format_and_controls(device->handle(), options);
   const UnsupportedFormatWatch unsupported_format(device->handle());
 
-  const std::filesystem::path folder = prepare_folder(options.out);
   MetadataCsv csv(folder / "frames.csv");
   std::printf("capturing from %s (%s reader, %s stream) into %s\n",
               narrow(camera.name.empty() ? camera.id : camera.name).c_str(), reader_name(options.reader),
@@ -106,7 +100,7 @@ int run_capture(const Options& options) {
               pngs == 1 ? "" : "s", static_cast<unsigned long long>(stats.frames()), options.out.c_str());
   if (interrupted()) {
     std::printf("interrupted: the files above are complete\n");
-    return kExitInterrupted;
+    return interrupt_exit_code();
   }
   return 0;
 }

@@ -2,7 +2,8 @@
 // turn (two at once would compete for the camera's one exclusive session): both stream
 // selectors, every format code, the controls, the device properties, the device events and
 // repeated start and stop. Requests a camera or library does not serve are "not supported",
-// never failures.
+// never failures. A signal ends the run after the check in progress; the report then shows
+// what ran.
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -11,15 +12,15 @@
 #include "camera_setup.h"
 #include "check_report.h"
 #include "commands.h"
+#include "format_codes.h"
+#include "interrupt.h"
+#include "output_file.h"
 #include "result_text.h"
 #include "stream_probe.h"
 #include "wide_text.h"
 
 namespace vexcap::tool {
 namespace {
-
-// Format codes run 0 to 20 (the high-resolution answer 21 names none).
-constexpr std::uint32_t kLastFormatCode = 20;
 
 Verdict from_result(int result, const std::string& call, const std::string& detail = {}) {
   if (result == VEXCAP_OK) return {Outcome::Pass, detail};
@@ -56,7 +57,7 @@ void check_streams(CheckReport& report, vexcap_device* device, const std::string
 void check_format_codes(CheckReport& report, vexcap_device* device, const std::string& mode, const Options& options) {
   bool any_offered = false;
   bool any_answer = false;  // an answer other than "not served"
-  for (std::uint32_t code = 0; code <= kLastFormatCode; ++code) {
+  for (std::uint32_t code = 0; code <= kLastFormatCode && !interrupted(); ++code) {
     const int result = set_property(device, VEXCAP_PROP_STREAM_TYPE, code);
     if (result == VEXCAP_E_INVALID_ARG) {  // outside the reader's range of codes
       any_answer = true;
@@ -161,7 +162,7 @@ void check_events(CheckReport& report, vexcap_device* device, const std::string&
 void check_start_stop(CheckReport& report, vexcap_device* device, const std::string& mode, const Options& options) {
   report.run(mode + ": start and stop " + std::to_string(options.start_stop_cycles) + " times", [&] {
     std::vector<double> first_frame_ms;
-    for (unsigned cycle = 0; cycle < options.start_stop_cycles; ++cycle) {
+    for (unsigned cycle = 0; cycle < options.start_stop_cycles && !interrupted(); ++cycle) {
       const StreamProbe probe = probe_stream(device, 0, 0, options.frame_timeout_s);
       if (!probe.first_problem.empty()) return Verdict{Outcome::Fail, probe.first_problem};
       first_frame_ms.push_back(probe.first_frame_ms);
@@ -176,6 +177,7 @@ void check_start_stop(CheckReport& report, vexcap_device* device, const std::str
 
 void check_stream_mode(CheckReport& report, const Camera& camera, std::uint32_t reader,
                        const Capabilities& capabilities, const Options& options) {
+  if (interrupted()) return;
   const std::string mode = std::string("mode ") + std::to_string(reader) + " " + reader_name(reader);
   const bool offered = reader == 1 ? capabilities.infrared : capabilities.color;
   if (!offered) {
@@ -188,7 +190,8 @@ void check_stream_mode(CheckReport& report, const Camera& camera, std::uint32_t 
     return Verdict{Outcome::Pass, ""};
   });
   if (!device) return;
-  if (options.diagnostic_log) switch_diagnostic_log_on(device->handle());
+  // Each open switches the library's log off again, each close silences it until the next open.
+  if (options.diagnostic_log && switch_diagnostic_log_on(device->handle())) announce_log_start();
   check_streams(report, device->handle(), mode, options);
   check_format_codes(report, device->handle(), mode, options);
   check_controls(report, device->handle(), mode);
@@ -198,10 +201,20 @@ void check_stream_mode(CheckReport& report, const Camera& camera, std::uint32_t 
   report.record(mode + ": close", from_result(device->close(), "vexcap_device_close"));
 }
 
+void finish(const CheckReport& report, const Options& options) {
+  if (options.json) std::fputs(report.json().c_str(), stdout);
+  else report.print_totals();
+  if (options.junit) {
+    OutputFile junit{std::filesystem::path(*options.junit)};
+    junit.write(report.junit_xml());
+    junit.commit();
+  }
+}
+
 }  // namespace
 
 int run_check(const Options& options) {
-  CheckReport report;
+  CheckReport report(!options.json);
   Library library;
   std::optional<Camera> camera;
   report.run("camera present", [&] {
@@ -209,7 +222,7 @@ int run_check(const Options& options) {
     return Verdict{Outcome::Pass, narrow(camera->name.empty() ? camera->id : camera->name)};
   });
   if (!camera) {
-    report.print_totals();
+    finish(report, options);
     return report.exit_code();
   }
   std::optional<Capabilities> capabilities;
@@ -227,7 +240,7 @@ int run_check(const Options& options) {
     check_stream_mode(report, *camera, 1, *capabilities, options);
     check_stream_mode(report, *camera, 0, *capabilities, options);
   }
-  report.print_totals();
+  finish(report, options);
   return report.exit_code();
 }
 

@@ -5,10 +5,10 @@
 namespace vexcap::tool {
 namespace {
 
-volatile std::sig_atomic_t g_interrupted = 0;
+volatile std::sig_atomic_t g_signal = 0;
 
 extern "C" void on_interrupt(int signal) {
-  g_interrupted = 1;
+  if (g_signal == 0) g_signal = signal;
   std::signal(signal, SIG_DFL);
 }
 
@@ -19,6 +19,12 @@ void catch_interrupts() {
   std::signal(SIGTERM, on_interrupt);
 }
 
-bool interrupted() { return g_interrupted != 0; }
+bool interrupted() { return g_signal != 0; }
+
+int interrupt_exit_code() {
+  const int signal = g_signal;
+  if (signal == 0) return 0;
+  return signal == SIGTERM ? kExitTerminated : signal == SIGINT ? kExitInterrupted : 128 + signal;
+}
 
 }  // namespace vexcap::tool

@@ -16,17 +16,15 @@ namespace {
 int run(const Options& options) {
   set_call_time_limit(std::chrono::milliseconds(static_cast<long long>(options.call_timeout_s * 1000)));
   choose_scenario(options.scenario);
-  // The commands that run until told to stop end in order on Ctrl-C; the others just end.
-  if (options.command == Command::Capture || options.command == Command::List) catch_interrupts();
+  catch_interrupts();
+  int code = 0;
   switch (options.command) {
-    case Command::List: return run_list(options);
-    case Command::Capture: return run_capture(options);
-    case Command::Info: return run_info(options);
-    case Command::Check: return run_check(options);
-    case Command::Help: break;
+    case Command::List: code = run_list(options); break;
+    case Command::Capture: code = run_capture(options); break;
+    case Command::Info: code = run_info(options); break;
+    case Command::Check: code = run_check(options); break;
   }
-  print_help();
-  return 0;
+  return interrupted() ? interrupt_exit_code() : code;
 }
 
 }  // namespace
@@ -34,7 +32,12 @@ int run(const Options& options) {
 int main(int argc, char** argv) {
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);  // lines reach a pipe as they happen
   try {
-    return run(parse_options(argc, argv));
+    const ParsedCommandLine command_line = parse_command_line(argc, argv);
+    if (!command_line.options) {
+      std::fputs(command_line.text.c_str(), stdout);
+      return command_line.exit_code;
+    }
+    return run(*command_line.options);
   } catch (const UsageError& error) {
     std::fprintf(stderr, "vexcap-capture: %s\nRun `vexcap-capture --help` for the commands and options.\n",
                  error.what());
@@ -42,6 +45,6 @@ int main(int argc, char** argv) {
   } catch (const ToolError& error) {
     std::fflush(stdout);
     std::fprintf(stderr, "vexcap-capture: %s\n", error.what());
-    return 1;
+    return interrupted() ? interrupt_exit_code() : 1;
   }
 }

@@ -1,9 +1,8 @@
 #include "png_file.h"
 
-#include <png.h>
+#include <zlib.h>
 
-#include <csetjmp>
-#include <cstdio>
+#include <array>
 #include <string>
 #include <vector>
 
@@ -14,84 +13,116 @@
 namespace vexcap::tool {
 namespace {
 
-// What libpng needs, prepared before the encoder's setjmp so that nothing with a destructor
-// lives in the frame a longjmp may leave.
-struct PngImage {
-  std::uint32_t width;
-  std::uint32_t height;
-  int bit_depth;
-  int color_type;
-  bool little_endian_16;
-  png_bytepp rows;
+// PNG's colour types and the one filter the encoder uses.
+constexpr std::uint8_t kGrey = 0;
+constexpr std::uint8_t kRgb = 2;
+constexpr std::uint8_t kFilterNone = 0;
+
+struct Image {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  std::uint8_t bit_depth = 8;
+  std::uint8_t colour_type = kGrey;
+  std::size_t row_bytes = 0;
+  const std::uint8_t* rows = nullptr;  // row y at rows + y * stride
+  std::size_t stride = 0;
+  bool swap_16 = false;  // little-endian samples, which PNG stores big-endian
 };
 
-struct PngFailure {
-  char message[256];
-};
-
-void on_png_error(png_structp png, png_const_charp message) {
-  auto* failure = static_cast<PngFailure*>(png_get_error_ptr(png));
-  std::snprintf(failure->message, sizeof failure->message, "%s", message);
-  png_longjmp(png, 1);
+void put_u32(std::vector<std::uint8_t>& out, std::uint32_t value) {
+  for (int shift = 24; shift >= 0; shift -= 8) out.push_back(static_cast<std::uint8_t>(value >> shift));
 }
 
-void on_png_warning(png_structp, png_const_charp) {}
+// Length, type, data, and the CRC of type and data.
+void write_chunk(OutputFile& file, const char (&type)[5], const std::vector<std::uint8_t>& data) {
+  std::vector<std::uint8_t> head;
+  put_u32(head, static_cast<std::uint32_t>(data.size()));
+  head.insert(head.end(), type, type + 4);
+  uLong crc = crc32(0L, Z_NULL, 0);
+  crc = crc32(crc, head.data() + 4, 4);
+  if (!data.empty()) crc = crc32(crc, data.data(), static_cast<uInt>(data.size()));
+  std::vector<std::uint8_t> tail;
+  put_u32(tail, static_cast<std::uint32_t>(crc));
+  file.write(head.data(), head.size());
+  file.write(data.data(), data.size());
+  file.write(tail.data(), tail.size());
+}
 
-// False with failure->message set when libpng reports an error.
-bool encode(std::FILE* file, const PngImage& image, PngFailure* failure) {
-  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, failure, on_png_error, on_png_warning);
-  if (png == nullptr) {
-    std::snprintf(failure->message, sizeof failure->message, "out of memory");
-    return false;
-  }
-  png_infop info = png_create_info_struct(png);
-  if (info == nullptr || setjmp(png_jmpbuf(png))) {
-    png_destroy_write_struct(&png, &info);
-    return false;
-  }
-  png_init_io(png, file);
-  png_set_IHDR(png, info, image.width, image.height, image.bit_depth, image.color_type,
-               PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+// The zlib stream of the filtered rows: each row behind its filter byte.
+std::vector<std::uint8_t> compressed_rows(const Image& image, const std::filesystem::path& path) {
+  z_stream stream{};
   // Frames are written as fast as they come: light compression keeps up with the camera.
-  png_set_compression_level(png, 1);
-  png_write_info(png, info);
-  if (image.little_endian_16) png_set_swap(png);
-  png_write_image(png, image.rows);
-  png_write_end(png, info);
-  png_destroy_write_struct(&png, &info);
-  return true;
+  if (deflateInit(&stream, 1) != Z_OK) throw ToolError("cannot write " + path.string() + ": zlib would not start");
+  std::vector<std::uint8_t> out(deflateBound(&stream, static_cast<uLong>((image.row_bytes + 1) * image.height)));
+  stream.next_out = out.data();
+  stream.avail_out = static_cast<uInt>(out.size());
+  std::vector<std::uint8_t> row(image.row_bytes + 1);
+  int result = Z_OK;
+  for (std::uint32_t y = 0; y < image.height && result == Z_OK; ++y) {
+    const std::uint8_t* source = image.rows + image.stride * y;
+    row[0] = kFilterNone;
+    for (std::size_t i = 0; i < image.row_bytes; ++i) row[1 + i] = source[image.swap_16 ? i ^ 1 : i];
+    stream.next_in = row.data();
+    stream.avail_in = static_cast<uInt>(row.size());
+    result = deflate(&stream, y + 1 == image.height ? Z_FINISH : Z_NO_FLUSH);
+  }
+  if (image.height == 0) result = deflate(&stream, Z_FINISH);
+  out.resize(stream.total_out);
+  deflateEnd(&stream);
+  if (result != Z_STREAM_END) {
+    throw ToolError("cannot write " + path.string() + ": zlib: " + std::to_string(result));
+  }
+  return out;
+}
+
+void encode(OutputFile& file, const Image& image, const std::filesystem::path& path) {
+  static const std::array<std::uint8_t, 8> kSignature{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+  file.write(kSignature.data(), kSignature.size());
+  std::vector<std::uint8_t> header;
+  put_u32(header, image.width);
+  put_u32(header, image.height);
+  header.insert(header.end(), {image.bit_depth, image.colour_type, 0 /* deflate */, 0 /* adaptive filters */,
+                               0 /* not interlaced */});
+  write_chunk(file, "IHDR", header);
+  write_chunk(file, "IDAT", compressed_rows(image, path));
+  write_chunk(file, "IEND", {});
 }
 
 }  // namespace
 
 void write_frame_png(const std::filesystem::path& path, const vexcap_frame& frame) {
   std::vector<std::uint8_t> rgb;
-  std::vector<png_bytep> rows(frame.height);
-  PngImage image{frame.width, frame.height, 8, PNG_COLOR_TYPE_GRAY, false, rows.data()};
+  Image image;
+  image.width = frame.width;
+  image.height = frame.height;
+  image.rows = frame.data;
+  image.stride = static_cast<std::size_t>(frame.stride < 0 ? 0 : frame.stride);
   switch (frame.pixel_format) {
     case VEXCAP_PIXEL_FORMAT_GRAY8:
+      image.row_bytes = frame.width;
+      break;
     case VEXCAP_PIXEL_FORMAT_GRAY16:
-      for (std::uint32_t y = 0; y < frame.height; ++y) rows[y] = frame.data + std::size_t(frame.stride) * y;
-      if (frame.pixel_format == VEXCAP_PIXEL_FORMAT_GRAY16) {
-        image.bit_depth = 16;
-        image.little_endian_16 = true;  // the frame holds little-endian samples, PNG big-endian
-      }
+      image.bit_depth = 16;
+      image.row_bytes = std::size_t{frame.width} * 2;
+      image.swap_16 = true;
       break;
     case VEXCAP_PIXEL_FORMAT_NV12:
       rgb = nv12_to_rgb(frame);
-      for (std::uint32_t y = 0; y < frame.height; ++y) rows[y] = rgb.data() + std::size_t(frame.width) * 3 * y;
-      image.color_type = PNG_COLOR_TYPE_RGB;
+      image.colour_type = kRgb;
+      image.row_bytes = std::size_t{frame.width} * 3;
+      image.rows = rgb.data();
+      image.stride = image.row_bytes;
       break;
     default:
       throw ToolError("cannot write " + path.string() + ": the frame's pixel format " +
                       std::to_string(frame.pixel_format) + " is none the library delivers");
   }
-
-  OutputFile file(path);
-  PngFailure failure{};
-  if (!encode(file.stream(), image, &failure)) {
-    throw ToolError("cannot write " + path.string() + ": libpng: " + failure.message);
+  if (image.stride < image.row_bytes) {
+    throw ToolError("cannot write " + path.string() + ": the frame's stride " + std::to_string(frame.stride) +
+                    " is shorter than a row");
   }
+  OutputFile file(path);
+  encode(file, image, path);
   file.commit();
 }
 

@@ -7,6 +7,7 @@
 #include "frame_intake.h"
 #include "frame_pixels.h"
 #include "frame_stream.h"
+#include "interrupt.h"
 #include "library_session.h"
 #include "seconds.h"
 #include "tool_error.h"
@@ -45,7 +46,7 @@ StreamProbe probe_stream(vexcap_device* device, std::uint32_t selector, double s
     Streaming streaming(device, &FrameIntake::callback, &intake, selector);
     const Clock::time_point started = Clock::now();
     Clock::time_point until = started + tool::seconds(first_frame_limit_s);
-    while (Clock::now() < until) {
+    while (Clock::now() < until && !interrupted()) {
       vexcap_frame* next = intake.next(std::chrono::milliseconds(20));
       if (next == nullptr) continue;
       ReturnedFrame frame(next);
@@ -61,7 +62,7 @@ StreamProbe probe_stream(vexcap_device* device, std::uint32_t selector, double s
     }
     streaming.stop();
   }
-  if (stats.frames() == 0)
+  if (stats.frames() == 0 && !interrupted())
     throw ToolError("no frame within " + std::to_string(first_frame_limit_s) + " s of vexcap_start_streaming_ex");
   probe.frames = stats.frames();
   probe.frames_per_second = stats.frames_per_second();

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/port.h"
+#include "platform/virtual/camera_api.h"
 
 namespace vexcap::virtual_camera {
 
@@ -197,10 +198,10 @@ struct Scenario {
 
 // An extension-unit descriptor of `total` bytes (at least 8) carrying the unit's 8-byte
 // signature (the first 8 bytes of its GUID as stored) at `offset`; nullopt: no signature.
-std::vector<std::uint8_t> unit_descriptor(const platform::Guid& unit, std::optional<std::size_t> offset,
+VEXCAP_VIRTUAL_CAMERA_API std::vector<std::uint8_t> unit_descriptor(const platform::Guid& unit, std::optional<std::size_t> offset,
                                           std::size_t total = 24);
 
 // The typical face-authentication USB camera (VID_F00D, PID_CAFE): see default_scenario.cpp.
-Scenario default_scenario();
+VEXCAP_VIRTUAL_CAMERA_API Scenario default_scenario();
 
 }  // namespace vexcap::virtual_camera

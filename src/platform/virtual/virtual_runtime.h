@@ -4,10 +4,11 @@
 #include <atomic>
 
 #include "platform/port.h"
+#include "platform/virtual/camera_api.h"
 
 namespace vexcap::virtual_camera {
 
-class VirtualRuntime : public platform::Runtime {
+class VEXCAP_VIRTUAL_CAMERA_API VirtualRuntime : public platform::Runtime {
  public:
   // Results the next calls return (they stay until changed).
   void set_ro_initialize_result(hresult result) { ro_initialize_result_ = result; }

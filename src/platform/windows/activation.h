@@ -20,12 +20,18 @@ inline constexpr wchar_t buffer[] = L"Windows.Storage.Streams.Buffer";
 inline constexpr wchar_t property_value[] = L"Windows.Foundation.PropertyValue";
 }  // namespace class_id
 
-// RoGetActivationFactory for the factory or statics interface I; throws PlatformError.
+// The factory or statics interface `iid` of a class: RoGetActivationFactory the first time,
+// then the same object from a cache that lives as long as the runtime (frames and property
+// reads use factories many times a second).
+HRESULT cached_activation_factory(const wchar_t* id, REFIID iid, void** factory);
+// Releases every cached factory; the runtime's shutdown calls it before RoUninitialize.
+void release_cached_factories();
+
+// The factory or statics interface I of a class; throws PlatformError.
 template <class I>
 ComPtr<I> activation_factory(const wchar_t* id) {
-  HString name(id);
   ComPtr<I> factory;
-  check(RoGetActivationFactory(name.get(), iid_of<I>(), factory.put_void()));
+  check(cached_activation_factory(id, iid_of<I>(), factory.put_void()));
   return factory;
 }
 

@@ -12,7 +12,20 @@ CompletionEvent::~CompletionEvent() { CloseHandle(handle_); }
 
 void CompletionEvent::set() { SetEvent(handle_); }
 
-void CompletionEvent::wait() { WaitForSingleObject(handle_, INFINITE); }
+// The request thread owns a window: while it waits, messages other threads send to it are
+// answered (its window procedure runs no second request inside a waiting one).
+void CompletionEvent::wait() {
+  for (;;) {
+    const DWORD woken = MsgWaitForMultipleObjectsEx(1, &handle_, INFINITE, QS_SENDMESSAGE, 0);
+    if (woken == WAIT_OBJECT_0) return;
+    if (woken != WAIT_OBJECT_0 + 1) {  // the wait itself failed: wait without answering
+      WaitForSingleObject(handle_, INFINITE);
+      return;
+    }
+    MSG message;
+    PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE | PM_QS_SENDMESSAGE);
+  }
+}
 
 }  // namespace detail
 

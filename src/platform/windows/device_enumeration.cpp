@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/windows/com_ptr.h"
+#include "platform/windows/media_foundation_library.h"
 #include "platform/windows/mf_attributes.h"
 
 namespace vexcap::windows {
@@ -66,8 +67,10 @@ hresult enum_device_sources(platform::Attributes& attributes,
                             std::vector<std::shared_ptr<platform::DeviceActivate>>& activates) {
   IMFAttributes* filter = native_attributes(attributes);
   if (!filter) return E_INVALIDARG;
+  const MediaFoundationBinding& mf = media_foundation();
+  if (!mf.functions) return mf.result;
   ActivateArray found;
-  const HRESULT result = MFEnumDeviceSources(filter, found.put(), found.put_count());
+  const HRESULT result = mf.functions->enum_device_sources(filter, found.put(), found.put_count());
   if (FAILED(result)) return result;
   activates.clear();
   for (UINT32 i = 0; i < found.count(); ++i) {

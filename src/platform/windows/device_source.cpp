@@ -3,6 +3,7 @@
 #include <mfapi.h>
 
 #include "platform/windows/kernel_streaming.h"
+#include "platform/windows/media_foundation_library.h"
 #include "platform/windows/mf_attributes.h"
 
 namespace vexcap::windows {
@@ -29,8 +30,10 @@ hresult create_device_source(platform::Attributes& attributes,
                              std::shared_ptr<platform::DeviceSource>& source) {
   IMFAttributes* selection = native_attributes(attributes);
   if (!selection) return E_INVALIDARG;
+  const MediaFoundationBinding& mf = media_foundation();
+  if (!mf.functions) return mf.result;
   ComPtr<IMFMediaSource> native;
-  const HRESULT result = MFCreateDeviceSource(selection, native.put());
+  const HRESULT result = mf.functions->create_device_source(selection, native.put());
   if (FAILED(result)) return result;
   if (!native) return E_POINTER;
   source = std::make_shared<MfDeviceSource>(std::move(native));

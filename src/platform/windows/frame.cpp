@@ -1,5 +1,7 @@
 #include "platform/windows/frame.h"
 
+#include <optional>
+
 #include "platform/windows/buffer_bitmap.h"
 #include "platform/windows/capture_metadata.h"
 #include "platform/windows/collections.h"
@@ -49,7 +51,34 @@ std::shared_ptr<platform::Bitmap> WinrtFrame::bitmap_from_buffer() {
   return bitmap_from_frame_buffer(static_cast<WinrtBuffer&>(*frame_buffer), *frame_format);
 }
 
-platform::IlluminationRead WinrtFrame::read_illumination() { return read_illumination_from_sample(frame_.get()); }
+namespace {
+
+// IInfraredMediaFrame::IsIlluminated of an infrared video frame; nullopt for other frames.
+std::optional<bool> infrared_illumination(const ComPtr<abi::IMediaFrameReference>& frame) {
+  ComPtr<abi::IVideoMediaFrame> video;
+  if (FAILED(frame->get_VideoMediaFrame(video.put())) || !video) return std::nullopt;
+  ComPtr<abi::IInfraredMediaFrame> infrared;
+  if (FAILED(video->get_InfraredMediaFrame(infrared.put())) || !infrared) return std::nullopt;
+  boolean illuminated = false;
+  if (FAILED(infrared->get_IsIlluminated(&illuminated))) return std::nullopt;
+  return illuminated != 0;
+}
+
+}  // namespace
+
+// The capture-metadata chain where the frame reference answers IMFGetService (Microsoft
+// documents that service for other objects, and it is not always there); otherwise the
+// infrared frame's IsIlluminated, which is documented for every infrared frame.
+platform::IlluminationRead WinrtFrame::read_illumination() {
+  platform::IlluminationRead read = read_illumination_from_sample(frame_.get());
+  if (SUCCEEDED(read.get_service)) return read;
+  if (auto illuminated = infrared_illumination(frame_)) {
+    platform::IlluminationRead from_frame;
+    from_frame.illumination = *illuminated ? 1 : 0;
+    return from_frame;
+  }
+  return read;
+}
 
 void WinrtFrame::close() { close_if_closable(frame_); }
 

@@ -2,6 +2,8 @@
 
 #include <mfapi.h>
 
+#include "platform/windows/media_foundation_library.h"
+
 #include "platform/windows/guid_conversion.h"
 
 namespace vexcap::windows {
@@ -16,7 +18,9 @@ hresult MfAttributes::set_string(const platform::Guid& key, const std::wstring& 
 
 hresult create_attributes(std::uint32_t initial_size, std::shared_ptr<platform::Attributes>& attributes) {
   ComPtr<IMFAttributes> store;
-  const HRESULT result = MFCreateAttributes(store.put(), initial_size);
+  const MediaFoundationBinding& mf = media_foundation();
+  if (!mf.functions) return mf.result;
+  const HRESULT result = mf.functions->create_attributes(store.put(), initial_size);
   if (FAILED(result)) return result;
   if (!store) return E_POINTER;
   attributes = std::make_shared<MfAttributes>(std::move(store));

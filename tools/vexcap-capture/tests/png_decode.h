@@ -1,5 +1,7 @@
-// Decodes a PNG with libpng's plain reader, without the tool's code: samples as stored,
-// 16-bit samples big-endian as the format defines them.
+// Decodes a PNG from its specification, over zlib alone: every chunk's CRC, the header, the
+// image data inflated and every row filter undone. Samples as stored, 16-bit samples big-endian
+// as the format defines them. Grey and RGB, 8 and 16 bits, not interlaced: what PNG writers
+// make of camera frames.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +22,7 @@ struct DecodedPng {
   unsigned sample(std::uint32_t x, std::uint32_t y, int c = 0) const;
 };
 
-// nullopt when the file is no complete, valid PNG.
+// nullopt when the file is no complete, valid PNG of those kinds.
 std::optional<DecodedPng> decode_png(const std::filesystem::path& path);
 
 }  // namespace vexcap::tool::testing

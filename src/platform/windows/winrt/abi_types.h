@@ -151,6 +151,7 @@ struct IMediaCaptureFailedEventHandler;
 struct IAsyncActionCompletedHandler;
 struct IMemoryBufferByteAccess;
 struct IMediaRatio;
+struct IInfraredMediaFrame;
 struct IBufferByteAccess;
 
 // Runtime classes: their names and default interfaces enter the signatures of the

@@ -150,9 +150,19 @@ struct IVideoMediaFrame : IInspectable {
   virtual HRESULT STDMETHODCALLTYPE get_SoftwareBitmap(ISoftwareBitmap** value) = 0;
   virtual HRESULT STDMETHODCALLTYPE get_Direct3DSurface(IInspectable** value) = 0;
   virtual HRESULT STDMETHODCALLTYPE get_CameraIntrinsics(IInspectable** value) = 0;
-  virtual HRESULT STDMETHODCALLTYPE get_InfraredMediaFrame(IInspectable** value) = 0;
+  virtual HRESULT STDMETHODCALLTYPE get_InfraredMediaFrame(IInfraredMediaFrame** value) = 0;
   virtual HRESULT STDMETHODCALLTYPE get_DepthMediaFrame(IInspectable** value) = 0;
   virtual HRESULT STDMETHODCALLTYPE GetVideoFrame(IInspectable** value) = 0;
+};
+
+// Windows.Media.Capture.Frames.IInfraredMediaFrame
+// Not among the published facts the other declarations are checked against (Windows SDK
+// windows.media.capture.frames.h); the ABI test carries its own entry.
+struct IInfraredMediaFrame : IInspectable {
+  static constexpr GUID iid = {0x3fd13503, 0x004b, 0x4f0e, {0x91, 0xac, 0x46, 0x52, 0x99, 0xb4, 0x16, 0x58}};
+  virtual HRESULT STDMETHODCALLTYPE get_FrameReference(IMediaFrameReference** value) = 0;
+  virtual HRESULT STDMETHODCALLTYPE get_VideoMediaFrame(IVideoMediaFrame** value) = 0;
+  virtual HRESULT STDMETHODCALLTYPE get_IsIlluminated(boolean* value) = 0;
 };
 
 // Windows.Media.Capture.Frames.IBufferMediaFrame
