@@ -4,6 +4,7 @@
 // kernels may touch, so the sanitizer build catches any stray read or write.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <random>
@@ -188,6 +189,34 @@ TEST(PixelKernels, WholeNumberColoursAndChromaTiesInEveryLane) {
     ASSERT_EQ(expected[p], formula_luma(rgb[3 * p], rgb[3 * p + 1], rgb[3 * p + 2])) << p;
   for (SimdLevel level : vector_levels())
     EXPECT_EQ(convert_with(pixel_kernels_at(level), rgb, w, h), expected) << simd_level_name(level);
+}
+
+// ---- Copy -----------------------------------------------------------------------------------
+
+TEST(PixelKernels, CopyWritesExactlyTheSourceBytesAtEveryLengthAndAlignment) {
+  const Bytes src = random_bytes(5000, 31);
+  std::vector<SimdLevel> levels = vector_levels();
+  levels.insert(levels.begin(), SimdLevel::Scalar);
+  std::vector<std::size_t> lengths;
+  for (std::size_t n = 0; n <= 300; ++n) lengths.push_back(n);
+  for (std::size_t n : {1023u, 1024u, 4096u, 4097u, 4900u}) lengths.push_back(n);
+  for (SimdLevel level : levels) {
+    for (std::size_t dst_offset : {0u, 1u, 7u, 16u, 31u}) {
+      for (std::size_t src_offset : {0u, 3u, 16u}) {
+        for (std::size_t n : lengths) {
+          // Guard bytes on both sides of the destination must stay as they were.
+          Bytes dst(n + 64 + 64, 0x5A);
+          pixel_kernels_at(level).copy_bytes(dst.data() + 64 + dst_offset,
+                                             src.data() + src_offset, n);
+          Bytes expected(dst.size(), 0x5A);
+          std::copy_n(src.begin() + static_cast<std::ptrdiff_t>(src_offset), n,
+                      expected.begin() + 64 + static_cast<std::ptrdiff_t>(dst_offset));
+          ASSERT_EQ(dst, expected) << simd_level_name(level) << " " << n << " bytes, offsets "
+                                   << src_offset << " " << dst_offset;
+        }
+      }
+    }
+  }
 }
 
 // ---- Rotations -------------------------------------------------------------------------------

@@ -6,6 +6,7 @@
 #include <immintrin.h>
 
 #include <cstdint>
+#include <cstring>
 
 #include "frames/rgb24_to_nv12.h"
 #include "frames/simd/rgb24_row_pair_walker.h"
@@ -279,9 +280,38 @@ void reverse_units(const std::uint8_t* src, std::uint8_t* dst, std::size_t units
   reverse_units_copy(src, dst + done, (bytes - done) / unit, unit);
 }
 
+// ---- Copy -----------------------------------------------------------------------------------
+// 128 bytes a step into 32-byte aligned destination lines; the first and last 32 bytes are
+// stored unaligned, overlapping the steps beside them.
+
+__m256i load256(const std::uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
+
+void copy_bytes(std::uint8_t* dst, const std::uint8_t* src, std::size_t bytes) {
+  if (bytes < 32) {
+    if (bytes != 0) std::memcpy(dst, src, bytes);
+    return;
+  }
+  const __m256i first = load256(src), last = load256(src + bytes - 32);
+  const std::size_t skip = 32 - (reinterpret_cast<std::uintptr_t>(dst) & 31);
+  std::size_t at = skip;
+  for (; at + 128 <= bytes; at += 128) {
+    const __m256i a = load256(src + at), b = load256(src + at + 32);
+    const __m256i c = load256(src + at + 64), d = load256(src + at + 96);
+    _mm256_store_si256(reinterpret_cast<__m256i*>(dst + at), a);
+    _mm256_store_si256(reinterpret_cast<__m256i*>(dst + at + 32), b);
+    _mm256_store_si256(reinterpret_cast<__m256i*>(dst + at + 64), c);
+    _mm256_store_si256(reinterpret_cast<__m256i*>(dst + at + 96), d);
+  }
+  for (; at + 32 <= bytes; at += 32)
+    _mm256_store_si256(reinterpret_cast<__m256i*>(dst + at), load256(src + at));
+  store(dst, first);
+  store(dst + bytes - 32, last);
+}
+
 const PixelKernels kKernels = {SimdLevel::Avx2, rgb24_to_nv12,
                                rotate_clockwise_in_tiles<avx2_tiles::kTiles>,
-                               rotate_counterclockwise_in_tiles<avx2_tiles::kTiles>, reverse_units};
+                               rotate_counterclockwise_in_tiles<avx2_tiles::kTiles>, reverse_units,
+                               copy_bytes};
 
 }  // namespace
 

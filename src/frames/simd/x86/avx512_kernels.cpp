@@ -241,12 +241,12 @@ void rgb24_to_nv12(const std::uint8_t* src, std::uint32_t width, std::uint32_t h
 
 // Rotations and reversals are shuffles and moves: the 512-bit versions measured slower than the
 // 256-bit ones (lane inserts, double-pumped shuffles), so this level builds the AVX2 tiles with
-// its 32 registers and keeps the AVX2 reversal.
+// its 32 registers and keeps the AVX2 reversal and copy.
 const PixelKernels& avx512_kernels() {
   static const PixelKernels kernels = {SimdLevel::Avx512, rgb24_to_nv12,
                                        rotate_clockwise_in_tiles<avx2_tiles::kTiles>,
                                        rotate_counterclockwise_in_tiles<avx2_tiles::kTiles>,
-                                       avx2_kernels().reverse_units};
+                                       avx2_kernels().reverse_units, avx2_kernels().copy_bytes};
   return kernels;
 }
 
