@@ -8,7 +8,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 bash scripts/setup.sh bench
 cmake --preset native -DVEXCAP_BUILD_BENCH=ON >/dev/null
-cmake --build --preset native --target vexcap_bench
+cmake --build --preset native --target vexcap_bench >&2
 
 results=build/native/bench-results.json
 build/native/bench/vexcap_bench \
