@@ -94,8 +94,9 @@ void frame_rotation(FuzzedDataProvider& input) {
   const Bytes src = frame_bytes_from(input, size);
 
   if (rotation == Rotation::By180) {
-    Bytes expected = src;
-    const bool turned = rotate_half_turn_in_place(layout, expected.data());
+    Bytes expected(size, 0xEE);
+    const bool turned = rotate_half_turn_copy(layout, src.data(), src.size(), expected.data(),
+                                              pixel_kernels_at(SimdLevel::Scalar));
     require(turned == (is_valid_layout(layout)));
     for (SimdLevel level : kLevels) {
       Bytes out(size, 0xEE);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 
 #include "frames/rotation.h"
 #include "frames/rotation_text.h"
@@ -118,8 +117,8 @@ void copy_pixels_upright(platform::FrameSource* source, const std::uint8_t* pixe
   record.data = allocate(capacity);
   if (turns) {
     rotate_half_turn_copy(layout, pixels, capacity, record.data, kernels);
-  } else if (capacity != 0) {
-    std::memcpy(record.data, pixels, capacity);
+  } else {
+    kernels.copy_bytes(record.data, pixels, capacity);
   }
 }
 

@@ -85,22 +85,6 @@ bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src,
   return true;
 }
 
-bool rotate_half_turn_in_place(const FrameLayout& layout, std::uint8_t* data) {
-  if (!is_valid_layout(layout)) return false;
-  const std::size_t pitch = static_cast<std::size_t>(layout.stride);
-  reverse_units_in_place(data, pitch,
-                         {unit_bytes(layout.pixel_format), layout.width, layout.height});
-
-  if (layout.pixel_format == kNv12) {
-    std::uint8_t* chroma = data + std::size_t{layout.height} * pitch;
-    reverse_units_in_place(chroma, pitch, {2, layout.width / 2, layout.height / 2});
-  } else if (layout.pixel_format == kYuy2) {
-    const std::size_t row = row_bytes(kYuy2, layout.width);
-    for (std::uint32_t y = 0; y < layout.height; ++y) swap_yuy2_chroma_order(data + y * pitch, row);
-  }
-  return true;
-}
-
 bool rotate_half_turn_copy(const FrameLayout& layout, const std::uint8_t* src, std::size_t bytes,
                            std::uint8_t* dst, const PixelKernels& kernels) {
   if (!is_valid_layout(layout) || frame_bytes(layout) > bytes) return false;

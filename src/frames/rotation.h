@@ -1,7 +1,8 @@
 // Puts a frame upright according to the rotation its source declares.
 //
 // Quarter turns (90, 270) write a new, tightly packed buffer chosen by the caller; the half turn
-// (180) works in place. Formats: Gray8, Gray16, NV12 and YUY2 (frame_layout.h).
+// (180) writes a buffer of the same layout. Formats: Gray8, Gray16, NV12 and YUY2
+// (frame_layout.h).
 #pragma once
 
 #include <cstdint>
@@ -36,15 +37,12 @@ bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src,
                          const std::uint8_t* src_chroma, std::size_t chroma_pitch, Rotation rotation,
                          std::uint8_t* dst, const PixelKernels& kernels);
 
-// Rotates by 180 in place: every plane's units are reversed row by row (padding stays put), as
-// bytes for Gray8 and NV12's Y plane, as 2-byte units for Gray16, YUY2 and NV12's chroma pairs;
-// YUY2 groups then get U back before V. Returns false and changes nothing for an invalid layout.
-bool rotate_half_turn_in_place(const FrameLayout& layout, std::uint8_t* data);
-
 // The half turn in one pass from `src` into `dst` (`bytes` bytes each, at least
-// frame_bytes(layout)): dst ends up as a copy of src turned in place by the function above,
-// every byte outside the planes' pixels copied where it is. Returns false and writes nothing
-// for an invalid layout or a buffer too short for it.
+// frame_bytes(layout)): unit (y, x) of every plane comes from unit (rows - 1 - y, cols - 1 - x),
+// as bytes for Gray8 and NV12's Y plane, as 2-byte units for Gray16, YUY2 and NV12's chroma
+// pairs, and YUY2 groups then get U back before V; every byte outside the planes' pixels (row
+// padding, the rest of the buffer) is copied where it is. Returns false and writes nothing for
+// an invalid layout or a buffer too short for it.
 bool rotate_half_turn_copy(const FrameLayout& layout, const std::uint8_t* src, std::size_t bytes,
                            std::uint8_t* dst, const PixelKernels& kernels);
 

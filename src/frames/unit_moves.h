@@ -22,9 +22,6 @@ void rotate_units_clockwise(const std::uint8_t* src, std::size_t src_pitch, Unit
 void rotate_units_counterclockwise(const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
                                    std::uint8_t* dst, std::size_t dst_pitch);
 
-// Unit (y, x) changes place with unit (rows - 1 - y, cols - 1 - x); row padding stays put.
-void reverse_units_in_place(std::uint8_t* data, std::size_t pitch, UnitGrid grid);
-
 // One row read backwards: unit i of dst is unit (units - 1 - i) of src. dst and src do not
 // overlap.
 void reverse_units_copy(const std::uint8_t* src, std::uint8_t* dst, std::size_t units,

@@ -43,8 +43,9 @@ TEST(FrameLayout, InvalidLayoutsAreLeftAlone) {
   EXPECT_FALSE(rotate_quarter_turn({kGray16, 4, 2, 7}, src.data(), Rotation::By90, dst.data()));
   EXPECT_FALSE(rotate_quarter_turn({kGray8, 4, 2, -4}, src.data(), Rotation::By270, dst.data()));
   EXPECT_FALSE(rotate_quarter_turn({kGray8, 4, 2, 4}, src.data(), Rotation::By180, dst.data()));
-  EXPECT_FALSE(rotate_half_turn_in_place({30, 4, 2, 16}, src.data()));
-  EXPECT_FALSE(rotate_half_turn_in_place({kYuy2, 4, 2, 6}, src.data()));
+  const PixelKernels& scalar = pixel_kernels_at(SimdLevel::Scalar);
+  EXPECT_FALSE(rotate_half_turn_copy({30, 4, 2, 16}, src.data(), src.size(), dst.data(), scalar));
+  EXPECT_FALSE(rotate_half_turn_copy({kYuy2, 4, 2, 6}, src.data(), src.size(), dst.data(), scalar));
   EXPECT_EQ(src, std::vector<std::uint8_t>(64, 7));
   EXPECT_EQ(dst, std::vector<std::uint8_t>(64, 9));
 }

@@ -4,6 +4,7 @@
 // kernels may touch, so the sanitizer build catches any stray read or write.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <random>
@@ -190,6 +191,34 @@ TEST(PixelKernels, WholeNumberColoursAndChromaTiesInEveryLane) {
     EXPECT_EQ(convert_with(pixel_kernels_at(level), rgb, w, h), expected) << simd_level_name(level);
 }
 
+// ---- Copy -----------------------------------------------------------------------------------
+
+TEST(PixelKernels, CopyWritesExactlyTheSourceBytesAtEveryLengthAndAlignment) {
+  const Bytes src = random_bytes(5000, 31);
+  std::vector<SimdLevel> levels = vector_levels();
+  levels.insert(levels.begin(), SimdLevel::Scalar);
+  std::vector<std::size_t> lengths;
+  for (std::size_t n = 0; n <= 300; ++n) lengths.push_back(n);
+  for (std::size_t n : {1023u, 1024u, 4096u, 4097u, 4900u}) lengths.push_back(n);
+  for (SimdLevel level : levels) {
+    for (std::size_t dst_offset : {0u, 1u, 7u, 16u, 31u}) {
+      for (std::size_t src_offset : {0u, 3u, 16u}) {
+        for (std::size_t n : lengths) {
+          // Guard bytes on both sides of the destination must stay as they were.
+          Bytes dst(n + 64 + 64, 0x5A);
+          pixel_kernels_at(level).copy_bytes(dst.data() + 64 + dst_offset,
+                                             src.data() + src_offset, n);
+          Bytes expected(dst.size(), 0x5A);
+          std::copy_n(src.begin() + static_cast<std::ptrdiff_t>(src_offset), n,
+                      expected.begin() + 64 + static_cast<std::ptrdiff_t>(dst_offset));
+          ASSERT_EQ(dst, expected) << simd_level_name(level) << " " << n << " bytes, offsets "
+                                   << src_offset << " " << dst_offset;
+        }
+      }
+    }
+  }
+}
+
 // ---- Rotations -------------------------------------------------------------------------------
 
 struct Shape {
@@ -198,11 +227,13 @@ struct Shape {
 };
 
 // Planes smaller than a tile, exactly a tile (32x16 bytes, 16x16, 8x16 and 8x8 units) and with
-// ragged edges, where the last tile overlaps the one before it.
-const Shape kRotationShapes[] = {{1, 1, 0},    {1, 37, 3},   {37, 1, 0},   {2, 2, 0},
-                                 {16, 16, 0},  {32, 16, 0},  {17, 33, 5},  {64, 64, 0},
-                                 {70, 130, 2}, {130, 70, 0}, {33, 129, 7}, {257, 66, 1},
-                                 {8, 96, 0},   {47, 18, 3}};
+// ragged edges, where the last tile overlaps the one before it; planes tall enough to be walked
+// in bands of rows, the last band a whole one, a ragged one and one shorter than a tile.
+const Shape kRotationShapes[] = {{1, 1, 0},    {1, 37, 3},   {37, 1, 0},    {2, 2, 0},
+                                 {16, 16, 0},  {32, 16, 0},  {17, 33, 5},   {64, 64, 0},
+                                 {70, 130, 2}, {130, 70, 0}, {33, 129, 7},  {257, 66, 1},
+                                 {8, 96, 0},   {47, 18, 3},  {40, 2048, 0}, {33, 1601, 2},
+                                 {18, 1541, 0}};
 
 TEST(PixelKernels, QuarterTurnsMatchTheReferenceForEveryLayout) {
   const PixelKernels& scalar = pixel_kernels_at(SimdLevel::Scalar);
@@ -253,20 +284,19 @@ TEST(PixelKernels, TiledQuarterTurnsFollowTheCoordinateMap) {
   }
 }
 
-TEST(PixelKernels, HalfTurnCopyEqualsTheInPlaceTurnOfACopy) {
+TEST(PixelKernels, HalfTurnCopyMatchesTheReferenceForEveryLayout) {
   // The buffer runs on past the frame, as a platform buffer may: those bytes come along.
   std::uint32_t seed = 900;
-  std::vector<SimdLevel> levels = vector_levels();
-  levels.insert(levels.begin(), SimdLevel::Scalar);
+  const PixelKernels& scalar = pixel_kernels_at(SimdLevel::Scalar);
   for (std::uint32_t format : {kGray8, kGray16, kNv12, kYuy2}) {
     for (const Shape& s : kRotationShapes) {
       const FrameLayout layout{format, s.w, s.h,
                                static_cast<std::int32_t>(row_bytes(format, s.w) + s.padding)};
       for (std::size_t extra : {std::size_t{0}, std::size_t{5}}) {
         const Bytes src = random_bytes(frame_bytes(layout) + extra, seed++);
-        Bytes expected = src;
-        ASSERT_TRUE(rotate_half_turn_in_place(layout, expected.data()));
-        for (SimdLevel level : levels) {
+        Bytes expected(src.size(), 0x22);
+        ASSERT_TRUE(rotate_half_turn_copy(layout, src.data(), src.size(), expected.data(), scalar));
+        for (SimdLevel level : vector_levels()) {
           Bytes turned(src.size(), 0x22);
           ASSERT_TRUE(rotate_half_turn_copy(layout, src.data(), src.size(), turned.data(),
                                             pixel_kernels_at(level)));

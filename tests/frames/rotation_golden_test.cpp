@@ -21,9 +21,11 @@ Bytes quarter(std::uint32_t format, std::uint32_t w, std::uint32_t h, std::int32
 }
 
 Bytes half(std::uint32_t format, std::uint32_t w, std::uint32_t h, std::int32_t stride,
-           Bytes data) {
-  EXPECT_TRUE(rotate_half_turn_in_place({format, w, h, stride}, data.data()));
-  return data;
+           const Bytes& src) {
+  Bytes dst(src.size(), 0xEE);
+  EXPECT_TRUE(rotate_half_turn_copy({format, w, h, stride}, src.data(), src.size(), dst.data(),
+                                    pixel_kernels_at(SimdLevel::Scalar)));
+  return dst;
 }
 
 // NV12 4x4, Y = 1..16, chroma pairs P Q / R S.

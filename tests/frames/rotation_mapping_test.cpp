@@ -110,8 +110,9 @@ TEST(RotationMapping, HalfTurnReversesEveryPlaneAndKeepsPadding) {
       SCOPED_TRACE(testing::Message()
                    << "format " << f << " " << s.w << "x" << s.h << " stride " << s.stride);
       const Bytes src = make_source(f, s, seed++);
-      Bytes data = src;
-      ASSERT_TRUE(rotate_half_turn_in_place({f, s.w, s.h, s.stride}, data.data()));
+      Bytes data(src.size(), 0xEE);
+      ASSERT_TRUE(rotate_half_turn_copy({f, s.w, s.h, s.stride}, src.data(), src.size(), data.data(),
+                                        pixel_kernels_at(SimdLevel::Scalar)));
       std::vector<bool> is_pixel(data.size(), false);
       for (const Plane& p : planes_of(f, s)) {
         expect_plane_rotated(src, p, data, p, Rotation::By180);
@@ -181,8 +182,9 @@ TEST(Yuy2ChromaOrder, HalfTurnRowsAroundMultiplesOfEightUnits) {
     const std::uint32_t h = 3;
     const std::int32_t stride = std::int32_t(w * 2 + 4);
     const Bytes src = random_bytes(std::size_t(stride) * h, 400 + w);
-    Bytes data = src;
-    ASSERT_TRUE(rotate_half_turn_in_place({kYuy2, w, h, stride}, data.data()));
+    Bytes data(src.size(), 0xEE);
+    ASSERT_TRUE(rotate_half_turn_copy({kYuy2, w, h, stride}, src.data(), src.size(), data.data(),
+                                      pixel_kernels_at(SimdLevel::Scalar)));
     for (std::uint32_t y = 0; y < h; ++y) {
       for (std::uint32_t x = 0; x < w; ++x) {
         const std::size_t to = y * std::size_t(stride) + x * 2;

@@ -1,6 +1,7 @@
 #include "frames/simd/pixel_kernels.h"
 
 #include <atomic>
+#include <cstring>
 
 #include "frames/rgb24_to_nv12.h"
 
@@ -12,9 +13,13 @@
 namespace vexcap::frames {
 namespace {
 
+void copy_with_memcpy(std::uint8_t* dst, const std::uint8_t* src, std::size_t bytes) {
+  if (bytes != 0) std::memcpy(dst, src, bytes);
+}
+
 const PixelKernels kScalarKernels = {SimdLevel::Scalar, convert_rgb24_plane_to_nv12,
                                      rotate_units_clockwise, rotate_units_counterclockwise,
-                                     reverse_units_copy};
+                                     reverse_units_copy, copy_with_memcpy};
 
 SimdLevel probe_cpu() {
 #if defined(VEXCAP_X86_KERNELS) && defined(__GNUC__)

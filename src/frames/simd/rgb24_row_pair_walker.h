@@ -11,14 +11,19 @@
 
 namespace vexcap::frames {
 
+// The same row pair from column x on.
+inline Rgb24RowPair columns_on(const Rgb24RowPair& row, std::size_t x) {
+  return {row.top + 3 * x, row.bottom + 3 * x, row.y_top + x, row.y_bottom + x, row.uv + x};
+}
+
 // `Runs` is a type of one kernel file's unnamed namespace (so every instantiation stays in the
 // file built for its instruction set) with
 //   static constexpr std::uint32_t kColumns;   columns per run, even
-//   void convert(const Rgb24RowPair&) const;   one run of kColumns columns
+//   void convert(Rgb24RowPair) const;   one run of kColumns columns
 // and, optionally, a kernel for the last, shorter run that answers how many columns it took:
-//   std::uint32_t convert_last(const Rgb24RowPair&, std::uint32_t columns) const;
-// Columns no kernel takes go to the reference. `runs` is taken by value: a copy no pointer
-// reaches keeps its constants in registers across the stores.
+//   std::uint32_t convert_last(Rgb24RowPair, std::uint32_t columns) const;
+// Columns no kernel takes go to the reference. `runs` and the row pair are taken by value:
+// copies no pointer reaches stay in registers across the stores, which may alias anything.
 template <class Runs>
 void convert_rgb24_frame_in_runs(Runs runs, const std::uint8_t* src, std::uint32_t width,
                                  std::uint32_t height, std::uint8_t* dst) {
@@ -31,10 +36,11 @@ void convert_rgb24_frame_in_runs(Runs runs, const std::uint8_t* src, std::uint32
   std::uint8_t* chroma = dst + std::size_t{width} * height;
   for (std::size_t pair = 0; pair < height / 2; ++pair) {
     const std::size_t top = pair * 2;
-    Rgb24RowPair at{src + top * src_row, src + (top + 1) * src_row, dst + top * width,
-                    dst + (top + 1) * width, chroma + pair * width};
+    const Rgb24RowPair row{src + top * src_row, src + (top + 1) * src_row, dst + top * width,
+                           dst + (top + 1) * width, chroma + pair * width};
     std::uint32_t x = 0;
     for (; x + Runs::kColumns <= width; x += Runs::kColumns) {
+      const Rgb24RowPair at = columns_on(row, x);
 #if defined(__GNUC__)
       for (std::size_t line = 0; line < kRunBytes; line += 64) {
         __builtin_prefetch(at.top + ahead + line, 0, 2);
@@ -42,15 +48,13 @@ void convert_rgb24_frame_in_runs(Runs runs, const std::uint8_t* src, std::uint32
       }
 #endif
       runs.convert(at);
-      at.top += kRunBytes, at.bottom += kRunBytes;
-      at.y_top += Runs::kColumns, at.y_bottom += Runs::kColumns, at.uv += Runs::kColumns;
     }
+    Rgb24RowPair at = columns_on(row, x);
     std::uint32_t rest = width - x;
     if constexpr (requires { runs.convert_last(at, rest); }) {
       if (rest != 0) {
         const std::uint32_t taken = runs.convert_last(at, rest);
-        at.top += 3 * taken, at.bottom += 3 * taken;
-        at.y_top += taken, at.y_bottom += taken, at.uv += taken;
+        at = columns_on(at, taken);
         rest -= taken;
       }
     }

@@ -6,6 +6,7 @@
 #include <immintrin.h>
 
 #include <cstdint>
+#include <cstring>
 
 #include "frames/rgb24_to_nv12.h"
 #include "frames/simd/rgb24_row_pair_walker.h"
@@ -21,32 +22,35 @@ void store(std::uint8_t* p, __m256i v) { _mm256_storeu_si256(reinterpret_cast<__
 // ---- RGB24 to NV12: thirty-two columns of a row pair at a time -----------------------------
 // The integer arithmetic of the AVX-512 kernel (see rgb24_whole_numbers.h), in 256-bit lanes:
 // pixels deinterleaved with byte shuffles into R | B << 8 and G words, Y and chroma from them.
+// A run needs more vectors than the 16 registers hold: the pointers travel by value (a row
+// pair in memory would be reloaded after every store, which may alias it), and the constants
+// are read as memory operands through a pointer the compiler cannot see through, which keeps
+// it from rebuilding them in registers (and from turning the multiplications into shifts).
 
-__m256i words(int v) { return _mm256_set1_epi16(static_cast<short>(v)); }
-__m256i word_pairs(int low, int high) {
-  return _mm256_set1_epi32(
-      static_cast<int>((static_cast<unsigned>(high) << 16) | (static_cast<unsigned>(low) & 0xFFFF)));
-}
-// A constant GCC must multiply by: it would otherwise turn each vpmullw into shifts.
-__m256i opaque_words(int v) {
-  __m256i k = words(v);
-#if defined(__GNUC__)
-  asm("" : "+x"(k));
-#endif
-  return k;
-}
-
-// Sixteen pixels (48 bytes) as words, lane L holding pixels 8L..8L+7. Two loads cover them:
-// `low` (bytes 0-31) and `high` (bytes 16-47), each lane's pixels lying in the same lane of
-// the two, so nothing past the sixteenth pixel is read.
-struct Words16 {
-  __m256i red_blue, green;
+struct alignas(32) Vector {
+  std::int8_t at[32];
 };
 
-// Byte `first` of pixel i, then (unless negative) byte `second`, into word i, from `high`
-// (from_high) or from `low`.
-__m256i pick(bool from_high, int first, int second) {
-  alignas(32) std::int8_t idx[32];
+constexpr Vector repeat_dwords(std::uint32_t value) {
+  Vector v{};
+  for (int i = 0; i < 32; ++i) v.at[i] = static_cast<std::int8_t>(value >> 8 * (i % 4) & 0xFF);
+  return v;
+}
+constexpr Vector repeat_words(int value) {
+  return repeat_dwords(static_cast<std::uint32_t>(value & 0xFFFF) * 0x10001u);
+}
+// Two 16-bit values in every 32-bit lane.
+constexpr Vector repeat_word_pairs(int low, int high) {
+  return repeat_dwords(static_cast<std::uint32_t>(low & 0xFFFF) |
+                       static_cast<std::uint32_t>(high & 0xFFFF) << 16);
+}
+
+// Sixteen pixels (48 bytes) become words, lane L holding pixels 8L..8L+7. Two loads cover
+// them: `low` (bytes 0-31) and `high` (bytes 16-47), each lane's pixels lying in the same lane
+// of the two, so nothing past the sixteenth pixel is read. This picks byte `first` of pixel i,
+// then (unless negative) byte `second`, into word i, from `high` (from_high) or from `low`.
+constexpr Vector pick(bool from_high, int first, int second) {
+  Vector v{};
   for (int lane = 0; lane < 2; ++lane)
     for (int i = 0; i < 8; ++i)
       for (int half = 0; half < 2; ++half) {
@@ -54,77 +58,167 @@ __m256i pick(bool from_high, int first, int second) {
         const int at = 24 * lane + 3 * i + channel;  // byte of the 48
         const int in_low = at - 16 * lane, in_high = at - 16 - 16 * lane;
         const bool high = in_low >= 16;
-        idx[16 * lane + 2 * i + half] =
+        v.at[16 * lane + 2 * i + half] =
             static_cast<std::int8_t>(channel < 0 || high != from_high ? -1 : high ? in_high : in_low);
       }
-  return _mm256_load_si256(reinterpret_cast<const __m256i*>(idx));
+  return v;
 }
 
-struct Picks {
-  __m256i rb_low, rb_high, g_low, g_high;
+// The G bytes of a lane's eight pixels never share a position between `low` and `high`: one
+// byte blend gathers all eight, one shuffle spreads them to words.
+struct GreenPlace {
+  bool from_high;
+  int position;  // within the lane
 };
-Picks make_picks() {
-  return {pick(false, 0, 2), pick(true, 0, 2), pick(false, 1, -1), pick(true, 1, -1)};
+constexpr GreenPlace green_place(int lane, int i) {
+  const int at = 24 * lane + 3 * i + 1;  // byte of the 48
+  const int in_low = at - 16 * lane;
+  return in_low < 16 ? GreenPlace{false, in_low} : GreenPlace{true, at - 16 - 16 * lane};
+}
+constexpr Vector green_bytes_from_high() {
+  Vector v{};
+  for (int lane = 0; lane < 2; ++lane)
+    for (int i = 0; i < 8; ++i) {
+      const GreenPlace g = green_place(lane, i);
+      if (g.from_high) v.at[16 * lane + g.position] = -1;
+    }
+  return v;
+}
+constexpr Vector green_of_blend() {
+  Vector v{};
+  for (int lane = 0; lane < 2; ++lane)
+    for (int i = 0; i < 8; ++i) {
+      v.at[16 * lane + 2 * i] = static_cast<std::int8_t>(green_place(lane, i).position);
+      v.at[16 * lane + 2 * i + 1] = -1;
+    }
+  return v;
 }
 
-VEXCAP_KERNEL_STEP Words16 load16(const std::uint8_t* p, const Picks& picks) {
-  const __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-  const __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 16));
-  return {_mm256_or_si256(_mm256_shuffle_epi8(low, picks.rb_low),
-                          _mm256_shuffle_epi8(high, picks.rb_high)),
-          _mm256_or_si256(_mm256_shuffle_epi8(low, picks.g_low),
-                          _mm256_shuffle_epi8(high, picks.g_high))};
+// Each 32-bit lane holds R, B of pixels 2j and 2j + 1: reordered to R R B B, one vpmaddubsw
+// sums them into SR | SB << 16.
+constexpr Vector reds_then_blues() {
+  Vector v{};
+  constexpr int kOrder[4] = {0, 2, 1, 3};
+  for (int i = 0; i < 32; ++i) v.at[i] = static_cast<std::int8_t>(i % 16 / 4 * 4 + kOrder[i % 4]);
+  return v;
 }
 
-// Y of 16 pixels as words; `multiple` gets all-ones in the words whose N is a multiple of 1000.
-VEXCAP_KERNEL_STEP __m256i luma16(const Words16& px, __m256i& multiple) {
-  const __m256i high = _mm256_add_epi16(_mm256_maddubs_epi16(px.red_blue, words(32 | 12 << 8)),
-                                        _mm256_maddubs_epi16(px.green, words(63)));
-  const __m256i low =
-      _mm256_add_epi16(_mm256_maddubs_epi16(px.red_blue, words(1 | 2 << 8)), words(16500));
+struct Rgb24Constants {
+  Vector red_blue_low = pick(false, 0, 2), red_blue_high = pick(true, 0, 2);
+  Vector green_from_high = green_bytes_from_high(), green = green_of_blend();
+  // Y: N = 8 H + L with H = 32 R + 63 G + 12 B and L = R + 2 B + 16500.
+  Vector luma_high_red_blue = repeat_words(32 | 12 << 8), luma_high_green = repeat_words(63);
+  Vector luma_low_red_blue = repeat_words(1 | 2 << 8), luma_bias = repeat_words(16500);
+  // floor(x / 125) = (x * 33555) >> 22 for the eighths of Y's and chroma's numerators.
+  Vector by_125 = repeat_words(33555);
+  Vector thousand = repeat_words(1000), four_thousand = repeat_words(4000);
+  Vector reds_then_blues = vexcap::frames::x86::reds_then_blues();
+  Vector one_bytes = repeat_dwords(0x01010101), one_words = repeat_words(1);
+  Vector sixteen_high = repeat_dwords(16u << 16);
+  // 16 x 32125 = 514000.
+  Vector u_red_blue = repeat_word_pairs(-148, 439), u_green_bias = repeat_word_pairs(-291, 32125);
+  Vector v_red_blue = repeat_word_pairs(439, -71), v_green_bias = repeat_word_pairs(-368, 32125);
+};
+constexpr Rgb24Constants kRgb24Constants{};
+
+const Rgb24Constants* opaque_constants() {
+  const Rgb24Constants* k = &kRgb24Constants;
+#if defined(__GNUC__)
+  asm("" : "+r"(k));
+#endif
+  return k;
+}
+
+__m256i load(const Vector& v) { return _mm256_load_si256(reinterpret_cast<const __m256i*>(v.at)); }
+
+struct Words16 {
+  __m256i red_blue, green;
+};
+
+VEXCAP_KERNEL_STEP Words16 load16(const std::uint8_t* p, const Rgb24Constants& k) {
+  __m256i low = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
+  __m256i high = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 16));
+#if defined(__GNUC__)
+  // Loaded once: GCC would rather load these again than keep them, and loads that straddle
+  // cache lines (most of them, 48 bytes apart) cost twice.
+  asm("" : "+x"(low), "+x"(high));
+#endif
+  return {_mm256_or_si256(_mm256_shuffle_epi8(low, load(k.red_blue_low)),
+                          _mm256_shuffle_epi8(high, load(k.red_blue_high))),
+          _mm256_shuffle_epi8(_mm256_blendv_epi8(low, high, load(k.green_from_high)), load(k.green))};
+}
+
+// Y of 16 pixels as words; all-ones words of `multiple` where N is a multiple of 1000.
+VEXCAP_KERNEL_STEP __m256i luma16(const Words16& px, const Rgb24Constants& k, __m256i& multiple) {
+  const __m256i high = _mm256_add_epi16(_mm256_maddubs_epi16(px.red_blue, load(k.luma_high_red_blue)),
+                                        _mm256_maddubs_epi16(px.green, load(k.luma_high_green)));
+  const __m256i low = _mm256_add_epi16(_mm256_maddubs_epi16(px.red_blue, load(k.luma_low_red_blue)),
+                                       load(k.luma_bias));
   const __m256i eighth = _mm256_add_epi16(high, _mm256_srli_epi16(low, 3));
-  const __m256i y = _mm256_srli_epi16(_mm256_mulhi_epu16(eighth, words(33555)), 6);
+  const __m256i y = _mm256_srli_epi16(_mm256_mulhi_epu16(eighth, load(k.by_125)), 6);
   // N and 1000 Y agree modulo 2^16 exactly when N is a multiple of 1000.
   const __m256i n = _mm256_add_epi16(_mm256_slli_epi16(high, 3), low);
-  multiple = _mm256_cmpeq_epi16(_mm256_mullo_epi16(y, opaque_words(1000)), n);
+  multiple = _mm256_cmpeq_epi16(_mm256_mullo_epi16(y, load(k.thousand)), n);
   return y;
 }
 
 // U and V of 8 blocks as words (block j: words 2j and 2j + 1) and the words whose numerator
 // is a multiple of 4000.
 VEXCAP_KERNEL_STEP __m256i chroma8(const Words16& top, const Words16& bottom,
-                                              __m256i& multiple) {
-  // Each 32-bit lane holds R, B of pixels 2j and 2j + 1: reordered to R R B B, one vpmaddubsw
-  // sums them into SR | SB << 16 (per row, then the rows added).
-  const __m256i reds_then_blues = _mm256_setr_epi8(0, 2, 1, 3, 4, 6, 5, 7, 8, 10, 9, 11, 12, 14, 13, 15,
-                                                   0, 2, 1, 3, 4, 6, 5, 7, 8, 10, 9, 11, 12, 14, 13, 15);
-  const __m256i ones = _mm256_set1_epi8(1);
+                                   const Rgb24Constants& k, __m256i& multiple) {
   const __m256i red_blue = _mm256_add_epi16(
-      _mm256_maddubs_epi16(_mm256_shuffle_epi8(top.red_blue, reds_then_blues), ones),
-      _mm256_maddubs_epi16(_mm256_shuffle_epi8(bottom.red_blue, reds_then_blues), ones));
-  // SG | 16 << 16; 16 x 32125 = 514000.
-  const __m256i green_bias =
-      _mm256_or_si256(_mm256_madd_epi16(_mm256_add_epi16(top.green, bottom.green), words(1)),
-                      _mm256_set1_epi32(16 << 16));
-  const __m256i nu = _mm256_add_epi32(_mm256_madd_epi16(red_blue, word_pairs(-148, 439)),
-                                      _mm256_madd_epi16(green_bias, word_pairs(-291, 32125)));
-  const __m256i nv = _mm256_add_epi32(_mm256_madd_epi16(red_blue, word_pairs(439, -71)),
-                                      _mm256_madd_epi16(green_bias, word_pairs(-368, 32125)));
+      _mm256_maddubs_epi16(_mm256_shuffle_epi8(top.red_blue, load(k.reds_then_blues)), load(k.one_bytes)),
+      _mm256_maddubs_epi16(_mm256_shuffle_epi8(bottom.red_blue, load(k.reds_then_blues)),
+                           load(k.one_bytes)));
+  // SG | 16 << 16.
+  const __m256i green_bias = _mm256_or_si256(
+      _mm256_madd_epi16(_mm256_add_epi16(top.green, bottom.green), load(k.one_words)),
+      load(k.sixteen_high));
+  const __m256i nu = _mm256_add_epi32(_mm256_madd_epi16(red_blue, load(k.u_red_blue)),
+                                      _mm256_madd_epi16(green_bias, load(k.u_green_bias)));
+  const __m256i nv = _mm256_add_epi32(_mm256_madd_epi16(red_blue, load(k.v_red_blue)),
+                                      _mm256_madd_epi16(green_bias, load(k.v_green_bias)));
   // Block j's U and V side by side in 32-bit lane j, as NV12 stores them.
   const __m256i eighth = _mm256_blend_epi16(_mm256_srli_epi32(nu, 5), _mm256_slli_epi32(nv, 11), 0xAA);
-  const __m256i q = _mm256_srli_epi16(_mm256_mulhi_epu16(eighth, words(33555)), 6);
+  const __m256i q = _mm256_srli_epi16(_mm256_mulhi_epu16(eighth, load(k.by_125)), 6);
   const __m256i low = _mm256_blend_epi16(nu, _mm256_slli_epi32(nv, 16), 0xAA);
-  multiple = _mm256_cmpeq_epi16(_mm256_mullo_epi16(q, opaque_words(4000)), low);
+  multiple = _mm256_cmpeq_epi16(_mm256_mullo_epi16(q, load(k.four_thousand)), low);
   return q;
 }
 
-// Bit i set for each all-ones word i of the two 16-word flag registers.
+// The Y rows and the chroma row of a run, each packed in column order; `any` gathers the
+// whole-number flags, flags[] keeps them one register a row half when asked for.
+struct Run32 {
+  __m256i y_top, y_bottom, uv;
+};
+
+template <bool kKeepFlags>
+VEXCAP_KERNEL_STEP Run32 convert32(const Rgb24RowPair& at, const Rgb24Constants& k, __m256i& any,
+                                   __m256i (&flags)[6]) {
+  __m256i f[6];
+  const Words16 top0 = load16(at.top, k), bottom0 = load16(at.bottom, k);
+  const __m256i y_top0 = luma16(top0, k, f[0]);
+  const __m256i y_bottom0 = luma16(bottom0, k, f[2]);
+  const __m256i uv0 = chroma8(top0, bottom0, k, f[4]);
+  any = _mm256_or_si256(_mm256_or_si256(f[0], f[2]), f[4]);
+  const Words16 top1 = load16(at.top + 48, k), bottom1 = load16(at.bottom + 48, k);
+  const __m256i y_top1 = luma16(top1, k, f[1]);
+  const __m256i y_bottom1 = luma16(bottom1, k, f[3]);
+  const __m256i uv1 = chroma8(top1, bottom1, k, f[5]);
+  any = _mm256_or_si256(any, _mm256_or_si256(_mm256_or_si256(f[1], f[3]), f[5]));
+  if constexpr (kKeepFlags) {
+    for (int i = 0; i < 6; ++i) flags[i] = f[i];
+  }
+  // packus interleaves the lanes of its two registers: vpermq 0xD8 puts the quarters in order.
+  return {_mm256_permute4x64_epi64(_mm256_packus_epi16(y_top0, y_top1), 0xD8),
+          _mm256_permute4x64_epi64(_mm256_packus_epi16(y_bottom0, y_bottom1), 0xD8),
+          _mm256_permute4x64_epi64(_mm256_packus_epi16(uv0, uv1), 0xD8)};
+}
+
+// Bit i set for each all-ones word i of two 16-word flag registers.
 std::uint32_t word_bits(__m256i first, __m256i second) {
-  std::uint32_t bits = 0;
-  const std::uint32_t bytes[2] = {static_cast<std::uint32_t>(_mm256_movemask_epi8(first)),
-                                  static_cast<std::uint32_t>(_mm256_movemask_epi8(second))};
-  for (int i = 0; i < 32; ++i) bits |= (bytes[i / 16] >> (2 * (i % 16)) & 1u) << i;
-  return bits;
+  return static_cast<std::uint32_t>(
+      _mm256_movemask_epi8(_mm256_permute4x64_epi64(_mm256_packs_epi16(first, second), 0xD8)));
 }
 // Blocks with a flagged U or V word (words 2j, 2j + 1: block j).
 std::uint32_t blocks_of_chroma_words(std::uint32_t chroma_words) {
@@ -133,36 +227,33 @@ std::uint32_t blocks_of_chroma_words(std::uint32_t chroma_words) {
   return blocks;
 }
 
-VEXCAP_KERNEL_STEP void convert32(const Rgb24RowPair& at, const Picks& picks) {
-  const Words16 top[2] = {load16(at.top, picks), load16(at.top + 48, picks)};
-  const Words16 bottom[2] = {load16(at.bottom, picks), load16(at.bottom + 48, picks)};
-  __m256i flags[6];
-  // packus interleaves the lanes of its two registers: vpermq 0xD8 puts the quarters in order.
-  const __m256i y_top = _mm256_permute4x64_epi64(
-      _mm256_packus_epi16(luma16(top[0], flags[0]), luma16(top[1], flags[1])), 0xD8);
-  const __m256i y_bottom = _mm256_permute4x64_epi64(
-      _mm256_packus_epi16(luma16(bottom[0], flags[2]), luma16(bottom[1], flags[3])), 0xD8);
-  const __m256i uv = _mm256_permute4x64_epi64(
-      _mm256_packus_epi16(chroma8(top[0], bottom[0], flags[4]), chroma8(top[1], bottom[1], flags[5])),
-      0xD8);
-  store(at.y_top, y_top);
-  store(at.y_bottom, y_bottom);
-  store(at.uv, uv);
-  const __m256i any = _mm256_or_si256(_mm256_or_si256(flags[0], flags[1]),
-                                      _mm256_or_si256(_mm256_or_si256(flags[2], flags[3]),
-                                                      _mm256_or_si256(flags[4], flags[5])));
-  if (!_mm256_testz_si256(any, any)) [[unlikely]] {
-    settle_whole_numbers(at, word_bits(flags[0], flags[1]), word_bits(flags[2], flags[3]),
-                         blocks_of_chroma_words(word_bits(flags[4], flags[5])));
-  }
+// The rare run with a whole number, out of the loop: its flags are worked out again here, so
+// that the loop keeps only their union. The pointers come one by one: a row pair passed in
+// memory would be built on every run.
+VEXCAP_KERNEL_RARE void settle_run(const std::uint8_t* top, const std::uint8_t* bottom,
+                                  std::uint8_t* y_top, std::uint8_t* y_bottom, std::uint8_t* uv,
+                                  const Rgb24Constants& k) {
+  const Rgb24RowPair at{top, bottom, y_top, y_bottom, uv};
+  __m256i any, flags[6];
+  convert32<true>(at, k, any, flags);
+  settle_whole_numbers(at, word_bits(flags[0], flags[1]), word_bits(flags[2], flags[3]),
+                       blocks_of_chroma_words(word_bits(flags[4], flags[5])));
 }
 
 // Thirty-two columns of a row pair.
 struct Rgb24Runs {
   static constexpr std::uint32_t kColumns = 32;
-  Picks picks = make_picks();
+  const Rgb24Constants* constants = opaque_constants();
 
-  VEXCAP_KERNEL_STEP void convert(const Rgb24RowPair& at) const { convert32(at, picks); }
+  VEXCAP_KERNEL_STEP void convert(Rgb24RowPair at) const {
+    __m256i any, unused[6];
+    const Run32 run = convert32<false>(at, *constants, any, unused);
+    store(at.y_top, run.y_top);
+    store(at.y_bottom, run.y_bottom);
+    store(at.uv, run.uv);
+    if (!_mm256_testz_si256(any, any)) [[unlikely]]
+      settle_run(at.top, at.bottom, at.y_top, at.y_bottom, at.uv, *constants);
+  }
 };
 
 void rgb24_to_nv12(const std::uint8_t* src, std::uint32_t width, std::uint32_t height,
@@ -189,9 +280,38 @@ void reverse_units(const std::uint8_t* src, std::uint8_t* dst, std::size_t units
   reverse_units_copy(src, dst + done, (bytes - done) / unit, unit);
 }
 
+// ---- Copy -----------------------------------------------------------------------------------
+// 128 bytes a step into 32-byte aligned destination lines; the first and last 32 bytes are
+// stored unaligned, overlapping the steps beside them.
+
+__m256i load256(const std::uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
+
+void copy_bytes(std::uint8_t* dst, const std::uint8_t* src, std::size_t bytes) {
+  if (bytes < 32) {
+    if (bytes != 0) std::memcpy(dst, src, bytes);
+    return;
+  }
+  const __m256i first = load256(src), last = load256(src + bytes - 32);
+  const std::size_t skip = 32 - (reinterpret_cast<std::uintptr_t>(dst) & 31);
+  std::size_t at = skip;
+  for (; at + 128 <= bytes; at += 128) {
+    const __m256i a = load256(src + at), b = load256(src + at + 32);
+    const __m256i c = load256(src + at + 64), d = load256(src + at + 96);
+    _mm256_store_si256(reinterpret_cast<__m256i*>(dst + at), a);
+    _mm256_store_si256(reinterpret_cast<__m256i*>(dst + at + 32), b);
+    _mm256_store_si256(reinterpret_cast<__m256i*>(dst + at + 64), c);
+    _mm256_store_si256(reinterpret_cast<__m256i*>(dst + at + 96), d);
+  }
+  for (; at + 32 <= bytes; at += 32)
+    _mm256_store_si256(reinterpret_cast<__m256i*>(dst + at), load256(src + at));
+  store(dst, first);
+  store(dst + bytes - 32, last);
+}
+
 const PixelKernels kKernels = {SimdLevel::Avx2, rgb24_to_nv12,
                                rotate_clockwise_in_tiles<avx2_tiles::kTiles>,
-                               rotate_counterclockwise_in_tiles<avx2_tiles::kTiles>, reverse_units};
+                               rotate_counterclockwise_in_tiles<avx2_tiles::kTiles>, reverse_units,
+                               copy_bytes};
 
 }  // namespace
 

@@ -177,7 +177,7 @@ std::uint64_t both_halves(__mmask32 low, __mmask32 high) {
 
 // `columns` (even, at most 64) columns of a row pair; Partial loads and stores only those.
 template <bool kPartial>
-VEXCAP_KERNEL_STEP void convert64(const Rgb24RowPair& at, unsigned columns) {
+VEXCAP_KERNEL_STEP void convert64(Rgb24RowPair at, unsigned columns) {
   __mmask64 loaded[3] = {~0ull, ~0ull, ~0ull};
   if constexpr (kPartial) {
     for (int k = 0; k < 3; ++k) {
@@ -224,8 +224,8 @@ VEXCAP_KERNEL_STEP void convert64(const Rgb24RowPair& at, unsigned columns) {
 struct Rgb24Runs {
   static constexpr std::uint32_t kColumns = 64;
 
-  VEXCAP_KERNEL_STEP void convert(const Rgb24RowPair& at) const { convert64<false>(at, kColumns); }
-  std::uint32_t convert_last(const Rgb24RowPair& at, std::uint32_t columns) const {
+  VEXCAP_KERNEL_STEP void convert(Rgb24RowPair at) const { convert64<false>(at, kColumns); }
+  std::uint32_t convert_last(Rgb24RowPair at, std::uint32_t columns) const {
     const std::uint32_t even = columns & ~1u;
     if (even != 0) convert64<true>(at, even);
     return even;
@@ -241,12 +241,12 @@ void rgb24_to_nv12(const std::uint8_t* src, std::uint32_t width, std::uint32_t h
 
 // Rotations and reversals are shuffles and moves: the 512-bit versions measured slower than the
 // 256-bit ones (lane inserts, double-pumped shuffles), so this level builds the AVX2 tiles with
-// its 32 registers and keeps the AVX2 reversal.
+// its 32 registers and keeps the AVX2 reversal and copy.
 const PixelKernels& avx512_kernels() {
   static const PixelKernels kernels = {SimdLevel::Avx512, rgb24_to_nv12,
                                        rotate_clockwise_in_tiles<avx2_tiles::kTiles>,
                                        rotate_counterclockwise_in_tiles<avx2_tiles::kTiles>,
-                                       avx2_kernels().reverse_units};
+                                       avx2_kernels().reverse_units, avx2_kernels().copy_bytes};
   return kernels;
 }
 

@@ -63,7 +63,7 @@ int whole_quotients(__m128 numerator) {
 struct Rgb24Runs {
   static constexpr std::uint32_t kColumns = 4;
 
-  void convert(const Rgb24RowPair& at) const {
+  void convert(Rgb24RowPair at) const {
     const Channels a = load4(at.top);
     const Channels b = load4(at.bottom);
     const __m128 sr = _mm_cvtepi32_ps(block_sums(a.r, b.r));
@@ -141,9 +141,33 @@ void reverse_units(const std::uint8_t* src, std::uint8_t* dst, std::size_t units
   reverse_units_copy(src, dst + done, (bytes - done) / unit, unit);
 }
 
+// ---- Copy -----------------------------------------------------------------------------------
+// 64 bytes a step into 16-byte aligned destination lines; the first and last 16 bytes are
+// stored unaligned, overlapping the steps beside them.
+
+void copy_bytes(std::uint8_t* dst, const std::uint8_t* src, std::size_t bytes) {
+  if (bytes < 16) {
+    if (bytes != 0) std::memcpy(dst, src, bytes);
+    return;
+  }
+  const __m128i first = load(src), last = load(src + bytes - 16);
+  std::size_t at = 16 - (reinterpret_cast<std::uintptr_t>(dst) & 15);
+  for (; at + 64 <= bytes; at += 64) {
+    const __m128i a = load(src + at), b = load(src + at + 16);
+    const __m128i c = load(src + at + 32), d = load(src + at + 48);
+    _mm_store_si128(reinterpret_cast<__m128i*>(dst + at), a);
+    _mm_store_si128(reinterpret_cast<__m128i*>(dst + at + 16), b);
+    _mm_store_si128(reinterpret_cast<__m128i*>(dst + at + 32), c);
+    _mm_store_si128(reinterpret_cast<__m128i*>(dst + at + 48), d);
+  }
+  for (; at + 16 <= bytes; at += 16) _mm_store_si128(reinterpret_cast<__m128i*>(dst + at), load(src + at));
+  store(dst, first);
+  store(dst + bytes - 16, last);
+}
+
 const PixelKernels kKernels = {SimdLevel::Sse2, rgb24_to_nv12,
                                rotate_clockwise_in_tiles<kTiles>,
-                               rotate_counterclockwise_in_tiles<kTiles>, reverse_units};
+                               rotate_counterclockwise_in_tiles<kTiles>, reverse_units, copy_bytes};
 
 }  // namespace
 
