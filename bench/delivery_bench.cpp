@@ -17,8 +17,8 @@
 #include <vector>
 
 #include "buffers.h"
-#include "client/vexcap_client.h"
-#include "frames/frame_delivery.h"
+#include "capture/capture_client.h"
+#include "capture/frame_delivery.h"
 #include "frames/simd/pixel_kernels.h"
 #include "platform/virtual/frame.h"
 #include "platform/virtual/virtual_camera.h"

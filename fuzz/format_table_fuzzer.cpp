@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-#include "client/format_table.h"
+#include "sources/format_table.h"
 #include "fuzz_log.h"
 
 using namespace vexcap;

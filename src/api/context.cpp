@@ -40,7 +40,9 @@ std::unique_ptr<RequestTransport> start_configured_request_thread(const Context&
   // The dispatcher is built on the request thread and keeps what it shares with the exports.
   RequestHandlerFactory make_dispatcher = [slots = context.slots, devices = context.devices,
                                            exit_requested = context.exit_requested] {
-    return std::make_unique<Dispatcher>(slots, devices, exit_requested);
+    DeviceEnvironment environment{&platform::current(), exit_requested, notify_capture_failure,
+                                  answer_sent_messages};
+    return std::make_unique<Dispatcher>(slots, devices, std::move(environment));
   };
   if (starter_override()) return starter_override()(std::move(make_dispatcher));
   return start_request_thread(std::move(make_dispatcher));

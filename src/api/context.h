@@ -6,7 +6,7 @@
 #include <mutex>
 
 #include "api/deferred_requests.h"
-#include "api/open_devices.h"
+#include "device/open_devices.h"
 #include "api/request_transport.h"
 #include "common/manual_reset_event.h"
 #include "common/reentrant_mutex.h"

@@ -3,23 +3,54 @@
 #include <exception>
 #include <new>
 
-#include "api/device.h"
-#include "api/device_events.h"
+#include "device/device.h"
+#include "device/device_events.h"
 #include "api/messages.h"
-#include "client/discovery.h"
-#include "controls/device_properties.h"
+#include "sources/discovery.h"
+#include "capture/client_properties.h"
 #include "api/request_args.h"
 #include "log/log.h"
 #include "platform/port.h"
 
 namespace vexcap::api {
 
+namespace {
+
+template <typename Callback>
+Callback callback_of(std::uintptr_t callback_args) {
+  return reinterpret_cast<Callback>(from_param<CallbackArgs>(callback_args)->callback);
+}
+
+void* context_of(std::uintptr_t callback_args) { return from_param<CallbackArgs>(callback_args)->context; }
+
+hresult run_device_event(std::uint32_t message, Device& device, std::uintptr_t callback_args) {
+  switch (message) {
+    case kMsgRegisterExclusiveControl:
+      return register_exclusive_control_status(
+          device, callback_of<vexcap_excl_ctrl_status_callback>(callback_args), context_of(callback_args));
+    case kMsgUnregisterExclusiveControl:
+      return unregister_exclusive_control_status(device);
+    case kMsgRegisterRgbStatus:
+      return register_rgb_status(device, callback_of<vexcap_rgb_status_callback>(callback_args),
+                                 context_of(callback_args));
+    case kMsgUnregisterRgbStatus:
+      return unregister_rgb_status(device);
+    case kMsgRegisterRgbStopped:
+      return register_rgb_stopped(device, callback_of<vexcap_rgb_stopped_callback>(callback_args),
+                                  context_of(callback_args));
+    default:  // kMsgUnregisterRgbStopped
+      return unregister_rgb_stopped(device);
+  }
+}
+
+}  // namespace
+
 Dispatcher::Dispatcher(std::shared_ptr<RequestSlots> slots, std::shared_ptr<OpenDevices> devices,
-                       std::shared_ptr<ManualResetEvent> exit_requested)
+                       DeviceEnvironment device_environment)
     : slots_holder_(std::move(slots)),
       slots_(*slots_holder_),
       devices_(std::move(devices)),
-      exit_requested_(std::move(exit_requested)),
+      device_environment_(std::move(device_environment)),
       runtime_(process_runtime()) {}
 
 Dispatcher::~Dispatcher() = default;
@@ -143,7 +174,7 @@ void Dispatcher::handle_vid_pid_used(std::uintptr_t wparam, std::intptr_t lparam
 }
 
 hresult Dispatcher::open_device(const wchar_t* device_id, const vexcap_open_params& params) {
-  std::shared_ptr<Device> device = Device::create(exit_requested_);
+  std::shared_ptr<Device> device = Device::create(device_environment_);
   if (!device) return HR_FAIL;
   // Returns once both clients are initialized, or when vexcap_exit ends the retries.
   const hresult opened = device->open(device_id, params);

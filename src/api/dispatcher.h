@@ -6,9 +6,9 @@
 #include <memory>
 #include <vector>
 
-#include "api/open_devices.h"
+#include "device/open_devices.h"
 #include "api/request_transport.h"
-#include "common/manual_reset_event.h"
+#include "device/device_environment.h"
 #include "api/runtime_startup.h"
 #include "vexcap/vexcap.h"
 
@@ -19,7 +19,7 @@ class Device;
 class Dispatcher final : public RequestHandler {
  public:
   Dispatcher(std::shared_ptr<RequestSlots> slots, std::shared_ptr<OpenDevices> devices,
-             std::shared_ptr<ManualResetEvent> exit_requested);
+             DeviceEnvironment device_environment);
   ~Dispatcher() override;
   Dispatcher(const Dispatcher&) = delete;
   Dispatcher& operator=(const Dispatcher&) = delete;
@@ -53,7 +53,7 @@ class Dispatcher final : public RequestHandler {
   const std::shared_ptr<RequestSlots> slots_holder_;
   RequestSlots& slots_;
   const std::shared_ptr<OpenDevices> devices_;
-  const std::shared_ptr<ManualResetEvent> exit_requested_;
+  const DeviceEnvironment device_environment_;
   RuntimeLifetime& runtime_;
   std::shared_ptr<Device> mode_zero_device_;
   std::shared_ptr<Device> non_zero_mode_device_;

@@ -7,13 +7,13 @@
 #include <optional>
 
 #include "api/context.h"
-#include "api/device.h"
-#include "api/device_callbacks.h"
+#include "device/device.h"
+#include "device/device_callbacks.h"
 #include "api/messages.h"
 #include "api/request_args.h"
 #include "api/result_codes.h"
 #include "common/host_callback.h"
-#include "frames/outstanding_records.h"
+#include "capture/outstanding_records.h"
 #include "log/log.h"
 #include "platform/port.h"
 #include "vexcap/vexcap.h"

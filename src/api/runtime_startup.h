@@ -28,8 +28,4 @@ class RuntimeLifetime {
 // exit is tried again by the next start-up.
 RuntimeLifetime& process_runtime();
 
-// The Media Foundation shutdown test on an object that reported a capture failure: 0 when it
-// is not a shutdown, else the result of its Shutdown.
-hresult run_shutdown_test(platform::Capture& reporter);
-
 }  // namespace vexcap::api

@@ -12,7 +12,7 @@
 #include <thread>
 #include <vector>
 
-#include "frames/frame_rate.h"
+#include "capture/frame_rate.h"
 #include "platform/virtual/known_ids.h"
 #include "support/library_fixture.h"
 #include "support/log_capture.h"

@@ -1,0 +1,200 @@
+// The capture client: one media-capture session on one camera source group, its frame reader
+// and the host's frame callback. A device holds two: one exclusive, one shared read-only.
+//
+// Every operation runs on the request thread, except the frame-arrived handler (platform
+// threads) and the capture-failure handler. Lock order: no operation holds two of the
+// client's locks at once.
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "sources/format_table.h"
+#include "capture/rgb_stopped_worker.h"
+#include "common/hresult.h"
+#include "controls/extended_properties.h"
+#include "controls/extension_unit.h"
+#include "capture/control_tracker.h"
+#include "capture/frame_rate.h"
+#include "capture/outstanding_records.h"
+#include "platform/port.h"
+#include "vexcap/vexcap.h"
+
+namespace vexcap::client {
+
+// The client's device identifier holds at most this many UTF-16 units, terminator included.
+constexpr std::size_t kDeviceIdCapacity = 260;
+
+class VexCap : public std::enable_shared_from_this<VexCap> {
+ public:
+  // stream_mode: 0 shared, 1 exclusive, anything else logged and treated as shared.
+  static std::shared_ptr<VexCap> create(std::uint32_t stream_mode);
+  ~VexCap();
+  VexCap(const VexCap&) = delete;
+  VexCap& operator=(const VexCap&) = delete;
+
+  // Binds the client to the source group `group_id` and creates its reader for `reader_kind`.
+  hresult initialize(const std::wstring& group_id, std::uint32_t reader_kind,
+                     std::uint16_t format_arg1, std::uint16_t format_arg2);
+  void reader_init(std::uint32_t reader_kind, std::uint16_t format_arg1, std::uint16_t format_arg2);
+  // True when the capture instance is ready; its callers go on whatever it answers. A capture
+  // whose initialization failed is spent (the platform refuses to initialize it again): it is
+  // closed and dropped, so the client holds none and the next attempt starts afresh.
+  bool initialize_media_capture(const std::shared_ptr<platform::SourceGroup>& group);
+  // The platform's answer to the last failed capture initialization (privacy settings, the
+  // camera held elsewhere, ...); HR_OK once one succeeded.
+  hresult last_capture_failure() const { return last_capture_failure_.load(); }
+
+  // Selects the format with code `format_index`; apply flag 1 runs the reader briefly with it.
+  hresult enable_stream_type(std::int32_t format_index, std::uint32_t apply_flag);
+  hresult start_streaming(vexcap_frame_callback callback, void* context);
+  hresult stop_streaming();
+  // Tears the capture instance down (device close, destruction): readers stopped and closed,
+  // sources and controllers dropped, then the capture closed, each step whatever the others
+  // met. Exclusive control is free once it returns.
+  hresult clear();
+
+  // Capture failures are handed to the request thread: the notifier queues the recovery request
+  // and returns at once, false when there is no request thread. Set before initialize.
+  using FailureNotifier = std::function<bool(const std::weak_ptr<VexCap>&)>;
+  void set_failure_notifier(FailureNotifier notifier) { failure_notifier_ = std::move(notifier); }
+  // Recovery on the request thread: a new capture instance and a new, stopped reader. A client
+  // cleared (or closed) since the failure is left alone.
+  void handle_capture_failure();
+
+  std::uint32_t stream_mode() const { return stream_mode_; }
+  bool is_exclusive() const { return stream_mode_ == 1; }
+  bool initialized() const { return initialized_; }
+  bool rgb_disabled() const { return rgb_disabled_; }
+  std::uint32_t format_set_mark() const { return format_set_mark_; }
+  std::uint32_t reader_kind() const { return reader_kind_; }
+  std::uint16_t format_arg1() const { return format_arg1_; }
+  std::uint16_t format_arg2() const { return format_arg2_; }
+  const FormatTable& format_table() const { return format_table_; }
+  std::wstring device_id() const;
+  std::shared_ptr<platform::FrameSource> frame_source() const { return frame_source_; }
+  std::shared_ptr<platform::FrameSource> second_source() const { return second_source_; }
+  std::shared_ptr<platform::FrameReader> frame_reader() const { return frame_reader_; }
+  bool has_capture() const { return capture_ != nullptr; }
+  controls::ExtensionUnit* extension_unit() const { return xu_control_.get(); }
+  // The frame source's controller, for the extended properties.
+  controls::PropertyTarget property_target() const;
+  bool has_source_group() const { return source_group_ != nullptr; }
+  // The controls this client set last, for the frames it reads.
+  frames::ControlTracker& control_tracker() { return control_tracker_; }
+
+  // The host's frame callback and its context, copied together under the callback lock.
+  struct FrameCallback {
+    vexcap_frame_callback callback = nullptr;
+    void* context = nullptr;
+  };
+  FrameCallback frame_callback();
+  // The host's callback answered false: no further frame reaches it until the next start.
+  void end_delivery();
+  // Counts the starts: a stop asked for earlier applies only to the stream it saw running.
+  std::uint64_t stream_generation() const { return stream_generation_.load(); }
+  // The records this client's frames handed to the host and not yet returned.
+  const std::shared_ptr<frames::OutstandingRecords>& outstanding_records() const { return outstanding_records_; }
+
+  // Frames per second the host accepts, 0 = no limit.
+  void set_frame_rate_limit(std::uint32_t frames_per_second) { frame_rate_limit_.set(frames_per_second); }
+  frames::FrameRateLimit& frame_rate_limit() { return frame_rate_limit_; }
+
+  // The unsupported-format event: raised with its lock held; nothing happens without a callback.
+  // Stored only on an initialized client that has none yet: a second registration keeps the
+  // first. Unregistering clears it (on an initialized client).
+  void register_unsupported_format(vexcap_unsupported_format_callback callback, void* context);
+  void unregister_unsupported_format();
+  void raise_unsupported_format();
+
+  // The exclusive-control status event: the host hears the capture instance's status changes,
+  // called with the event lock held. A second registration keeps the first. Registration
+  // waits for a settled face-auth mode when the status reads 2. Capture-failure recovery and
+  // clear drop the subscription but keep the pair, so the host unregisters before registering
+  // again.
+  hresult register_exclusive_control_status(vexcap_excl_ctrl_status_callback callback, void* context);
+  // 0, or the platform's failure (logged) when the subscription cannot be removed.
+  hresult unregister_exclusive_control_status();
+
+  // The RGB-stopped event (see client/rgb_stopped_worker.h): always 0.
+  hresult register_rgb_stopped(vexcap_rgb_stopped_callback callback, void* context);
+  hresult unregister_rgb_stopped();
+  bool rgb_stopped_event_set() const { return rgb_stopped_.stopped_event_set(); }
+
+  // The colour stream off for good (device property 18): nothing streams afterwards, the
+  // RGB-stopped worker ends (waited for up to 20000 ms) and the exclusive-control status
+  // subscription goes. Always 0.
+  hresult switch_colour_stream_off();
+
+ private:
+  explicit VexCap(std::uint32_t stream_mode);
+
+  std::shared_ptr<platform::SourceGroup> find_source_group(
+      const std::vector<std::shared_ptr<platform::SourceGroup>>& groups, const std::wstring& id,
+      platform::SourceKind kind);
+  void subscribe_to_capture_failures();
+  // Closes and drops the reader, the subscriptions, the frame sources with their controllers
+  // and the capture, in that order; every step runs whatever the earlier ones met. False when
+  // any platform call failed (each is logged).
+  bool release_capture();
+  void drop_capture();  // closes the capture (logged on failure) and lets it go
+  void load_extension_unit(std::uint32_t reader_kind);
+  void switch_llc_on();
+  hresult on_frame_arrived(platform::FrameReader& reader);
+  bool can_stream() const;
+
+  const std::uint32_t stream_mode_;
+  RgbStoppedWorker rgb_stopped_;  // rgbStoppedLock, the pair, rgbStoppedEvent, workerLock
+  bool initialized_ = false;
+  std::uint32_t format_set_mark_ = 0;
+  std::uint32_t reader_kind_ = 0;
+  std::uint16_t format_arg1_ = 0;
+  std::uint16_t format_arg2_ = 0;
+  FormatTable format_table_;
+  std::unique_ptr<controls::ExtensionUnit> xu_control_;
+  std::shared_ptr<platform::SourceController> property_controller_;  // kept for property_target
+  std::uint32_t current_format_height_ = 0;  // of the reader source's current format
+
+  std::shared_ptr<platform::FrameReader> frame_reader_;
+  std::shared_ptr<platform::SourceGroup> source_group_;
+  std::shared_ptr<platform::FrameSource> frame_source_;
+  std::shared_ptr<platform::FrameSource> second_source_;
+  platform::EventToken frame_arrived_token_ = 0;
+  platform::EventToken failed_token_ = 0;
+  platform::EventToken exclusive_control_token_ = 0;
+  std::shared_ptr<platform::Capture> capture_;  // agile: handlers reach it from other threads
+  std::optional<platform::CaptureSettings> capture_settings_;
+  std::atomic<hresult> last_capture_failure_{HR_OK};
+
+  std::mutex callback_lock_;  // guards frame_callback_ and frame_context_
+  vexcap_frame_callback frame_callback_ = nullptr;
+  void* frame_context_ = nullptr;
+  std::atomic<std::uint64_t> stream_generation_{0};
+  const std::shared_ptr<frames::OutstandingRecords> outstanding_records_ =
+      std::make_shared<frames::OutstandingRecords>();
+
+  std::mutex exclusive_control_lock_;  // guards the two fields below
+  vexcap_excl_ctrl_status_callback exclusive_control_callback_ = nullptr;
+  void* exclusive_control_context_ = nullptr;
+
+  std::mutex unsupported_format_lock_;  // guards the two fields below
+  vexcap_unsupported_format_callback unsupported_format_callback_ = nullptr;
+  void* unsupported_format_context_ = nullptr;
+
+  frames::FrameRateLimit frame_rate_limit_;
+
+  std::mutex failure_lock_;  // held for the whole of a capture-failure recovery
+  FailureNotifier failure_notifier_;
+  std::array<wchar_t, kDeviceIdCapacity> device_id_{};
+
+  bool rgb_disabled_ = false;  // set for good when the host switches the colour stream off
+  frames::ControlTracker control_tracker_;
+};
+
+}  // namespace vexcap::client

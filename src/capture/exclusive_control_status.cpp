@@ -1,0 +1,67 @@
+// The exclusive-control status event of a capture client.
+#include "capture/capture_client.h"
+#include "common/host_callback.h"
+#include "controls/face_auth_wait.h"
+#include "log/log.h"
+
+namespace vexcap::client {
+
+namespace {
+
+// The status the host hears: the platform's values 1 and 2 as they are, 3 for any other.
+std::uint8_t host_status(platform::ExclusiveControlStatus status) {
+  const auto raw = static_cast<std::int32_t>(status);
+  return raw == 1 || raw == 2 ? static_cast<std::uint8_t>(raw) : 3;
+}
+
+// Status 2 is reported while the camera's face authentication may still be switching modes.
+constexpr std::int32_t kFaceAuthSettling = 2;
+
+}  // namespace
+
+hresult VexCap::register_exclusive_control_status(vexcap_excl_ctrl_status_callback callback,
+                                                  void* context) {
+  std::lock_guard<std::mutex> lock(exclusive_control_lock_);
+  if (exclusive_control_callback_ != nullptr) return HR_OK;
+  if (!capture_) return HR_INVALID_STATE;
+
+  std::weak_ptr<VexCap> weak = weak_from_this();
+  exclusive_control_token_ = capture_->add_exclusive_control_status_changed(
+      [weak](const platform::ExclusiveControlChange& change) {
+        const std::shared_ptr<VexCap> client = weak.lock();
+        if (!client) return;
+        std::lock_guard<std::mutex> lock(client->exclusive_control_lock_);
+        if (client->exclusive_control_callback_ == nullptr) return;
+        const bool available = change.status == platform::ExclusiveControlStatus::ExclusiveControlAvailable;
+        HostCallbackScope marked;
+        client->exclusive_control_callback_(change.device_id.c_str(), host_status(change.status),
+                                            available, client->exclusive_control_context_);
+      });
+  exclusive_control_callback_ = callback;
+  exclusive_control_context_ = context;
+
+  if (initialized_ && frame_source_ &&
+      static_cast<std::int32_t>(frame_source_->exclusive_control_status()) == kFaceAuthSettling) {
+    const controls::PropertyTarget target = property_target();
+    controls::wait_for_face_auth_disabled(
+        [&target](std::uint8_t* buffer) { return controls::get_face_auth_mode(target, buffer); });
+  }
+  return HR_OK;
+}
+
+hresult VexCap::unregister_exclusive_control_status() {
+  std::lock_guard<std::mutex> lock(exclusive_control_lock_);
+  exclusive_control_callback_ = nullptr;
+  exclusive_control_context_ = nullptr;
+  if (exclusive_control_token_ == 0 || !capture_) return HR_OK;
+  try {
+    capture_->remove_exclusive_control_status_changed(exclusive_control_token_);
+    exclusive_control_token_ = 0;
+    return HR_OK;
+  } catch (const platform::PlatformError& error) {
+    VXLOG('E', "Failed unregistering for exclusive control: %ws", error.message().c_str());
+    return error.code();
+  }
+}
+
+}  // namespace vexcap::client

@@ -1,0 +1,87 @@
+// A device: one camera opened twice, through an exclusive and a shared capture client.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <string>
+
+#include "capture/capture_client.h"
+#include "device/device_environment.h"
+#include "common/hresult.h"
+#include "common/manual_reset_event.h"
+#include "common/worker_thread.h"
+#include "vexcap/vexcap.h"
+
+namespace vexcap::api {
+
+class Device {
+ public:
+  // Null when either client cannot be created.
+  static std::shared_ptr<Device> create(DeviceEnvironment environment);
+
+  // Initializes the exclusive client, then the shared one, each on its own thread with the
+  // 10000 ms limit. A failed initialization is tried again every 100 ms until it succeeds (each
+  // with a new capture; each distinct failure logged once): a camera that never initializes
+  // keeps the request waiting, by design, until vexcap_exit asks the library to end, which makes
+  // it answer E_ABORT once the attempt in progress has ended.
+  hresult open(const std::wstring& device_id, const vexcap_open_params& params);
+  // Stops the exclusive client before the shared one. The device's event registrations end
+  // with it.
+  hresult close();
+  // A device left open at exit still ends its RGB-stopped worker, which would otherwise keep
+  // probing the camera.
+  ~Device();
+
+  // The device's two worker threads (an unsupported-format notification, and one more). A
+  // replaced or closed slot waits up to 5000 ms for its previous thread.
+  void replace_worker_a(std::unique_ptr<WorkerThread> next) { replace_worker(worker_a_, std::move(next)); }
+  void replace_worker_b(std::unique_ptr<WorkerThread> next) { replace_worker(worker_b_, std::move(next)); }
+
+  // Controls run on the exclusive client; a set that succeeded also gives the shared client's
+  // tracker the requested value (not a clamped one), so frames of either client report it.
+  hresult set_exposure(std::int64_t exposure);
+  hresult set_iso_speed(std::uint32_t iso_speed);
+  hresult set_led_power(std::uint32_t power);
+  hresult get_exposure(std::uint64_t& exposure);
+  hresult get_iso_speed(std::uint32_t& iso_speed);  // the extension unit's gain alone
+  // The torch's power, or the extension unit's LED power when the torch does not answer.
+  hresult get_led_power(std::uint32_t& power);
+
+  // Device property (set): runs on the exclusive client, plus the device's own rules for
+  // automatic exposure off, the stream type that sets the frame rate (16) and the colour
+  // stream switched off (18). See device_properties.cpp.
+  hresult set_property(const vexcap_property& property);
+
+  const std::shared_ptr<client::VexCap>& exclusive_client() const { return exclusive_; }
+  const std::shared_ptr<client::VexCap>& shared_client() const { return shared_; }
+  // The client a stream selector picks: 1 the exclusive client, anything else the shared one.
+  const std::shared_ptr<client::VexCap>& client_for_selector(std::uint32_t selector) const {
+    return selector == VEXCAP_STREAM_SELECT_EXCLUSIVE ? exclusive_ : shared_;
+  }
+
+ private:
+  Device(std::shared_ptr<client::VexCap> shared, std::shared_ptr<client::VexCap> exclusive,
+         DeviceEnvironment environment)
+      : shared_(std::move(shared)), exclusive_(std::move(exclusive)), environment_(std::move(environment)) {}
+  hresult open_client(const std::shared_ptr<client::VexCap>& client, const std::wstring& device_id,
+                      const vexcap_open_params& params);
+  const std::shared_ptr<std::mutex>& initialization_lock(const client::VexCap& client) const;
+
+  hresult switch_auto_exposure_off(const vexcap_property& property);
+  hresult finish_stream_type_apply(std::uint32_t format_code, hresult result);
+
+  static void replace_worker(std::unique_ptr<WorkerThread>& slot, std::unique_ptr<WorkerThread> next);
+
+  std::shared_ptr<client::VexCap> shared_;
+  std::shared_ptr<client::VexCap> exclusive_;
+  std::unique_ptr<WorkerThread> worker_a_;
+  std::unique_ptr<WorkerThread> worker_b_;
+  const DeviceEnvironment environment_;
+  // Held by a client's initialization thread for its attempt, and by the teardown: one never
+  // runs beside the other, even after an attempt outlived its time limit.
+  const std::shared_ptr<std::mutex> exclusive_initialization_ = std::make_shared<std::mutex>();
+  const std::shared_ptr<std::mutex> shared_initialization_ = std::make_shared<std::mutex>();
+};
+
+}  // namespace vexcap::api
