@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 
 #include "frames/rotation.h"
 #include "frames/rotation_text.h"
@@ -67,7 +68,8 @@ std::uint8_t* gather_nv12(const FrameLayout& layout, const Nv12Planes& planes, c
 }
 
 // Planes laid out elsewhere: gathered into the record's layout, turned on the way by a quarter
-// turn, or turned in place afterwards by a half turn (a second pass over these rare frames).
+// turn, or gathered and then turned by a half turn into the record (a second pass over these
+// rare frames).
 void copy_nv12_planes(const std::optional<Rotation>& rotation, const FrameLayout& layout,
                       const Nv12Planes& planes, const std::uint8_t* pixels, std::size_t capacity,
                       vexcap_frame& record) {
@@ -83,8 +85,14 @@ void copy_nv12_planes(const std::optional<Rotation>& rotation, const FrameLayout
     return;
   }
   std::size_t size = 0;
-  record.data = gather_nv12(layout, planes, pixels, capacity, size);
-  if (rotation) rotate_half_turn_in_place(layout, record.data);
+  std::uint8_t* gathered = gather_nv12(layout, planes, pixels, capacity, size);
+  if (!rotation) {
+    record.data = gathered;
+    return;
+  }
+  record.data = allocate(size);
+  rotate_half_turn_copy(layout, gathered, size, record.data, kernels);
+  std::free(gathered);
 }
 
 }  // namespace
