@@ -86,11 +86,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     formats.push_back(std::move(format));
   }
 
-  const client::FormatTable table = client::collect_format_table(formats, colour, arg1, arg2);
+  const sources::FormatTable table = sources::collect_format_table(formats, colour, arg1, arg2);
 
   auto code_of = [&](std::size_t i) {
     const platform::FrameFormat& f = *formats[i];
-    return client::format_code(colour, f.width(), f.height(), f.frame_rate_numerator(), arg1, arg2);
+    return sources::format_code(colour, f.width(), f.height(), f.frame_rate_numerator(), arg1, arg2);
   };
   // The deciding pass: the last one that accepted a format.
   int deciding = -1;

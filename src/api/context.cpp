@@ -40,7 +40,7 @@ std::unique_ptr<RequestTransport> start_configured_request_thread(const Context&
   // The dispatcher is built on the request thread and keeps what it shares with the exports.
   RequestHandlerFactory make_dispatcher = [slots = context.slots, devices = context.devices,
                                            exit_requested = context.exit_requested] {
-    DeviceEnvironment environment{&platform::current(), exit_requested, notify_capture_failure,
+    device::DeviceEnvironment environment{&platform::current(), exit_requested, notify_capture_failure,
                                   answer_sent_messages};
     return std::make_unique<Dispatcher>(slots, devices, std::move(environment));
   };
@@ -91,13 +91,13 @@ hresult send_direct_request(Context& context, std::uint32_t message, std::uintpt
   return send_request(context, message, wparam, lparam, before_send);
 }
 
-bool notify_capture_failure(const std::weak_ptr<client::VexCap>& client) {
+bool notify_capture_failure(const std::weak_ptr<capture::CaptureClient>& client) {
   const std::shared_ptr<Context> context = current_context();
   if (!context) return false;
   // The queue is the context's own: it runs its requests before the context can go.
   Context* const target = context.get();
   return context->deferred.post([target, client] {
-    std::weak_ptr<client::VexCap> failed = client;  // resolved on the request thread
+    std::weak_ptr<capture::CaptureClient> failed = client;  // resolved on the request thread
     send_request(*target, kMsgCaptureFailed, 0, as_lparam(&failed));
   });
 }

@@ -11,8 +11,8 @@
 #include "common/manual_reset_event.h"
 #include "common/reentrant_mutex.h"
 
-namespace vexcap::client {
-class VexCap;
+namespace vexcap::capture {
+class CaptureClient;
 }
 
 namespace vexcap::api {
@@ -21,7 +21,7 @@ struct Context {
   std::shared_ptr<RequestSlots> slots = std::make_shared<RequestSlots>();
   // Set by vexcap_exit before it waits for anything: an open that keeps retrying gives up.
   std::shared_ptr<ManualResetEvent> exit_requested = std::make_shared<ManualResetEvent>();
-  std::shared_ptr<OpenDevices> devices = std::make_shared<OpenDevices>();
+  std::shared_ptr<device::OpenDevices> devices = std::make_shared<device::OpenDevices>();
   std::unique_ptr<RequestTransport> transport;
   // Held by every export around its send, never by the request thread. Recursive, like the
   // critical section hosts expect.
@@ -53,6 +53,6 @@ hresult send_direct_request(Context& context, std::uint32_t message, std::uintpt
 
 // Hands a capture failure to the request thread (message 1054, in order with the deferred
 // requests) and returns at once; false when there is no request thread.
-bool notify_capture_failure(const std::weak_ptr<client::VexCap>& client);
+bool notify_capture_failure(const std::weak_ptr<capture::CaptureClient>& client);
 
 }  // namespace vexcap::api

@@ -23,7 +23,7 @@ Callback callback_of(std::uintptr_t callback_args) {
 
 void* context_of(std::uintptr_t callback_args) { return from_param<CallbackArgs>(callback_args)->context; }
 
-hresult run_device_event(std::uint32_t message, Device& device, std::uintptr_t callback_args) {
+hresult run_device_event(std::uint32_t message, device::Device& device, std::uintptr_t callback_args) {
   switch (message) {
     case kMsgRegisterExclusiveControl:
       return register_exclusive_control_status(
@@ -45,8 +45,8 @@ hresult run_device_event(std::uint32_t message, Device& device, std::uintptr_t c
 
 }  // namespace
 
-Dispatcher::Dispatcher(std::shared_ptr<RequestSlots> slots, std::shared_ptr<OpenDevices> devices,
-                       DeviceEnvironment device_environment)
+Dispatcher::Dispatcher(std::shared_ptr<RequestSlots> slots, std::shared_ptr<device::OpenDevices> devices,
+                       device::DeviceEnvironment device_environment)
     : slots_holder_(std::move(slots)),
       slots_(*slots_holder_),
       devices_(std::move(devices)),
@@ -97,18 +97,18 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
     case kMsgRuntimeStartup:
       return runtime_.start();
     case kMsgDeviceCapabilities:
-      return client::query_device_capabilities(from_param<const wchar_t>(wparam),
+      return sources::query_device_capabilities(from_param<const wchar_t>(wparam),
                                                from_param<ResultPointerArg<std::uint8_t>>(lparam)->result);
     case kMsgDeviceLocations:
-      return client::query_device_locations(from_param<const wchar_t>(wparam),
+      return sources::query_device_locations(from_param<const wchar_t>(wparam),
                                             from_param<ResultPointerArg<std::uint8_t>>(lparam)->result);
     case kMsgSourceGroupType:
-      return client::query_source_group_type(from_param<ResultPointerArg<std::uint32_t>>(lparam)->result);
+      return sources::query_source_group_type(from_param<ResultPointerArg<std::uint32_t>>(lparam)->result);
     case kMsgTargetedLocation:
-      return client::query_targeted_location(from_param<ResultPointerArg<std::uint32_t>>(lparam)->result);
+      return sources::query_targeted_location(from_param<ResultPointerArg<std::uint32_t>>(lparam)->result);
     case kMsgSourceGroupTypeForVidPid: {
       const auto* texts = from_param<VidPidTextArgs>(wparam);
-      return client::query_source_group_type_for_vid_pid(
+      return sources::query_source_group_type_for_vid_pid(
           texts->vid, texts->pid, from_param<ResultPointerArg<std::uint32_t>>(lparam)->result);
     }
     case kMsgDeviceOpen:
@@ -124,12 +124,12 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
     case kMsgUnregisterRgbStatus:
     case kMsgRegisterRgbStopped:
     case kMsgUnregisterRgbStopped: {
-      const std::shared_ptr<Device>& device = device_slot(*from_param<vexcap_device>(lparam));
+      const std::shared_ptr<device::Device>& device = device_slot(*from_param<vexcap_device>(lparam));
       return device ? run_device_event(message, *device, wparam) : HR_INVALID_STATE;
     }
     case kMsgCaptureFailed: {
       // Resolved here, so the client's last release (a device closed meanwhile) is on this thread.
-      const std::shared_ptr<client::VexCap> failed_client = from_param<std::weak_ptr<client::VexCap>>(lparam)->lock();
+      const std::shared_ptr<capture::CaptureClient> failed_client = from_param<std::weak_ptr<capture::CaptureClient>>(lparam)->lock();
       if (failed_client) {
         failed_client->handle_capture_failure();
       } else {
@@ -166,7 +166,7 @@ void Dispatcher::handle_vid_pid_used(std::uintptr_t wparam, std::intptr_t lparam
   const auto* texts = from_param<VidPidArgs>(lparam);
   bool used = false;
   try {
-    client::query_vid_pid_used(from_param<const wchar_t>(wparam), texts->vid, texts->pid, &used);
+    sources::query_vid_pid_used(from_param<const wchar_t>(wparam), texts->vid, texts->pid, &used);
   } catch (const platform::PlatformError& error) {
     VXLOG('E', "exception: %ws", error.message().c_str());
   }
@@ -174,7 +174,7 @@ void Dispatcher::handle_vid_pid_used(std::uintptr_t wparam, std::intptr_t lparam
 }
 
 hresult Dispatcher::open_device(const wchar_t* device_id, const vexcap_open_params& params) {
-  std::shared_ptr<Device> device = Device::create(device_environment_);
+  std::shared_ptr<device::Device> device = device::Device::create(device_environment_);
   if (!device) return HR_FAIL;
   // Returns once both clients are initialized, or when vexcap_exit ends the retries.
   const hresult opened = device->open(device_id, params);
@@ -184,38 +184,38 @@ hresult Dispatcher::open_device(const wchar_t* device_id, const vexcap_open_para
     return opened;
   }
   vexcap_device handle{params.stream_mode, 0, 0};
-  std::shared_ptr<Device>& slot = device_slot(handle);
+  std::shared_ptr<device::Device>& slot = device_slot(handle);
   if (slot) unreachable_devices_.push_back(std::move(slot));
   slot = std::move(device);
-  devices_->set(OpenDevices::slot_of(params.stream_mode), slot);
+  devices_->set(device::OpenDevices::slot_of(params.stream_mode), slot);
   return HR_OK;
 }
 
 hresult Dispatcher::close_device(const vexcap_device& handle) {
-  std::shared_ptr<Device>& slot = device_slot(handle);
+  std::shared_ptr<device::Device>& slot = device_slot(handle);
   if (!slot) return HR_FAIL;
-  std::shared_ptr<Device> device = std::move(slot);  // a second close finds the slot empty
-  devices_->set(OpenDevices::slot_of(handle.stream_mode), nullptr);
+  std::shared_ptr<device::Device> device = std::move(slot);  // a second close finds the slot empty
+  devices_->set(device::OpenDevices::slot_of(handle.stream_mode), nullptr);
   device->close();
   return HR_OK;
 }
 
 void Dispatcher::end_devices_left_open() {
-  std::vector<std::shared_ptr<Device>> open = std::move(unreachable_devices_);
-  for (std::shared_ptr<Device>* slot : {&mode_zero_device_, &non_zero_mode_device_})
+  std::vector<std::shared_ptr<device::Device>> open = std::move(unreachable_devices_);
+  for (std::shared_ptr<device::Device>* slot : {&mode_zero_device_, &non_zero_mode_device_})
     if (*slot) open.push_back(std::move(*slot));
   devices_->set(0, nullptr);
   devices_->set(1, nullptr);
   if (!open.empty()) VXLOG('W', "Exit with %u device(s) still open: ending their capture", static_cast<unsigned>(open.size()));
-  for (const std::shared_ptr<Device>& device : open) device->close();
+  for (const std::shared_ptr<device::Device>& device : open) device->close();
 }
 
 hresult Dispatcher::start_streaming(const vexcap_device& handle, std::uintptr_t callback_args,
                                     bool by_selector) {
-  const std::shared_ptr<Device>& device = device_slot(handle);
+  const std::shared_ptr<device::Device>& device = device_slot(handle);
   if (!device) return HR_INVALID_STATE;
   const auto* args = from_param<CallbackArgs>(callback_args);
-  std::shared_ptr<client::VexCap> client =
+  std::shared_ptr<capture::CaptureClient> client =
       by_selector ? device->client_for_selector(handle.stream_selector) : device->shared_client();
   return client->start_streaming(reinterpret_cast<vexcap_frame_callback>(args->callback), args->context);
 }
@@ -223,9 +223,9 @@ hresult Dispatcher::start_streaming(const vexcap_device& handle, std::uintptr_t 
 // Both answer S_OK in every case: a second registration or an unneeded unregistration is ignored.
 hresult Dispatcher::unsupported_format_event(std::uint32_t message, const vexcap_device& handle,
                                              std::uintptr_t callback_args) {
-  const std::shared_ptr<Device>& device = device_slot(handle);
+  const std::shared_ptr<device::Device>& device = device_slot(handle);
   if (!device) return HR_INVALID_STATE;
-  const std::shared_ptr<client::VexCap> shared = device->shared_client();
+  const std::shared_ptr<capture::CaptureClient> shared = device->shared_client();
   if (message == kMsgRegisterUnsupportedFormat) {
     const auto* args = from_param<CallbackArgs>(callback_args);
     shared->register_unsupported_format(
@@ -237,16 +237,16 @@ hresult Dispatcher::unsupported_format_event(std::uint32_t message, const vexcap
 }
 
 hresult Dispatcher::stop_streaming(const vexcap_device& handle, bool by_selector) {
-  const std::shared_ptr<Device>& device = device_slot(handle);
+  const std::shared_ptr<device::Device>& device = device_slot(handle);
   if (!device) return HR_INVALID_STATE;
-  std::shared_ptr<client::VexCap> client =
+  std::shared_ptr<capture::CaptureClient> client =
       by_selector ? device->client_for_selector(handle.stream_selector) : device->shared_client();
   return client->stop_streaming();
 }
 
 hresult Dispatcher::run_control(std::uint32_t message, std::uintptr_t wparam,
                                 const vexcap_device& handle) {
-  const std::shared_ptr<Device>& device = device_slot(handle);
+  const std::shared_ptr<device::Device>& device = device_slot(handle);
   if (!device) return HR_INVALID_STATE;
   switch (message) {
     case kMsgSetExposure:
@@ -267,13 +267,13 @@ hresult Dispatcher::run_control(std::uint32_t message, std::uintptr_t wparam,
 // The set runs on the device (it involves both clients), the get on its exclusive client.
 hresult Dispatcher::run_device_property(std::uint32_t message, vexcap_property& property,
                                         const vexcap_device& handle) {
-  const std::shared_ptr<Device>& device = device_slot(handle);
+  const std::shared_ptr<device::Device>& device = device_slot(handle);
   if (!device) return HR_INVALID_STATE;
   if (message == kMsgSetDeviceProperty) return device->set_property(property);
-  return controls::get_device_property(*device->exclusive_client(), property);
+  return capture::get_device_property(*device->exclusive_client(), property);
 }
 
-std::shared_ptr<Device>& Dispatcher::device_slot(const vexcap_device& handle) {
+std::shared_ptr<device::Device>& Dispatcher::device_slot(const vexcap_device& handle) {
   return handle.stream_mode != 0 ? non_zero_mode_device_ : mode_zero_device_;
 }
 

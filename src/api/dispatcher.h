@@ -6,20 +6,22 @@
 #include <memory>
 #include <vector>
 
-#include "device/open_devices.h"
 #include "api/request_transport.h"
-#include "device/device_environment.h"
 #include "api/runtime_startup.h"
+#include "device/device_environment.h"
+#include "device/open_devices.h"
 #include "vexcap/vexcap.h"
+
+namespace vexcap::device {
+class Device;
+}
 
 namespace vexcap::api {
 
-class Device;
-
 class Dispatcher final : public RequestHandler {
  public:
-  Dispatcher(std::shared_ptr<RequestSlots> slots, std::shared_ptr<OpenDevices> devices,
-             DeviceEnvironment device_environment);
+  Dispatcher(std::shared_ptr<RequestSlots> slots, std::shared_ptr<device::OpenDevices> devices,
+             device::DeviceEnvironment device_environment);
   ~Dispatcher() override;
   Dispatcher(const Dispatcher&) = delete;
   Dispatcher& operator=(const Dispatcher&) = delete;
@@ -48,17 +50,17 @@ class Dispatcher final : public RequestHandler {
                               const vexcap_device& handle);
 
   // One device object per stream-mode class: mode 0, and any non-zero mode.
-  std::shared_ptr<Device>& device_slot(const vexcap_device& handle);
+  std::shared_ptr<device::Device>& device_slot(const vexcap_device& handle);
 
   const std::shared_ptr<RequestSlots> slots_holder_;
   RequestSlots& slots_;
-  const std::shared_ptr<OpenDevices> devices_;
-  const DeviceEnvironment device_environment_;
+  const std::shared_ptr<device::OpenDevices> devices_;
+  const device::DeviceEnvironment device_environment_;
   RuntimeLifetime& runtime_;
-  std::shared_ptr<Device> mode_zero_device_;
-  std::shared_ptr<Device> non_zero_mode_device_;
+  std::shared_ptr<device::Device> mode_zero_device_;
+  std::shared_ptr<device::Device> non_zero_mode_device_;
   // Devices replaced by a second open of their slot: unreachable, but kept running.
-  std::vector<std::shared_ptr<Device>> unreachable_devices_;
+  std::vector<std::shared_ptr<device::Device>> unreachable_devices_;
 };
 
 }  // namespace vexcap::api

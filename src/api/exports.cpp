@@ -89,7 +89,7 @@ int get_value(vexcap_device* device, T* out, std::uint32_t message) {
 struct DeferredTarget {
   std::size_t slot = 0;
   bool had_device = false;
-  std::weak_ptr<Device> device;
+  std::weak_ptr<device::Device> device;
   std::optional<std::uint64_t> stream_generation;  // stops only
 };
 
@@ -103,13 +103,13 @@ struct DeferredRequest {
   DeferredTarget target;
 };
 
-std::shared_ptr<client::VexCap> client_for(Device& device, std::uint32_t message, std::uint32_t selector) {
+std::shared_ptr<capture::CaptureClient> client_for(device::Device& device, std::uint32_t message, std::uint32_t selector) {
   return message == kMsgStopStreamingEx ? device.client_for_selector(selector) : device.shared_client();
 }
 
 // Why the request must not run now, or null when it may.
 const char* stale(Context& context, const DeferredRequest& request) {
-  const std::shared_ptr<Device> now = context.devices->get(request.target.slot);
+  const std::shared_ptr<device::Device> now = context.devices->get(request.target.slot);
   if (request.target.had_device && now != request.target.device.lock()) return "its device was closed";
   if (!request.target.had_device && now) return "no device was open then";
   if (now && request.target.stream_generation &&
@@ -143,8 +143,8 @@ std::optional<int> defer_from_host_callback(const char* name, std::uint32_t mess
   const std::shared_ptr<Context> context = current_context();
   if (!context) return VEXCAP_E_INVALID_STATE;
   DeferredRequest request{name, message, vexcap_device{device.stream_mode, 0, selector}, registration, {}};
-  request.target.slot = OpenDevices::slot_of(device.stream_mode);
-  const std::shared_ptr<Device> open = context->devices->get(request.target.slot);
+  request.target.slot = device::OpenDevices::slot_of(device.stream_mode);
+  const std::shared_ptr<device::Device> open = context->devices->get(request.target.slot);
   request.target.had_device = open != nullptr;
   request.target.device = open;
   if (open && (message == kMsgStopStreaming || message == kMsgStopStreamingEx))
@@ -322,7 +322,7 @@ VEXCAP_API int vexcap_stop_streaming_ex(vexcap_device* device, uint32_t stream_s
 VEXCAP_API int vexcap_return_frame(vexcap_frame* frame) {
   return guarded("vexcap_return_frame", [&] {
     if (frame == nullptr) return VEXCAP_E_INVALID_ARG;
-    frames::record_returned(frame);  // its stream may deliver one more
+    capture::record_returned(frame);  // its stream may deliver one more
     std::free(frame->data);
     std::free(frame);
     return VEXCAP_OK;
@@ -365,11 +365,11 @@ VEXCAP_API int vexcap_regiester_for_device_callbacks(vexcap_device_subscription*
                                                      const vexcap_device_callbacks* callbacks,
                                                      void* context) {
   return guarded("vexcap_regiester_for_device_callbacks",
-                 [&] { return register_device_callbacks(subscription, callbacks, context); });
+                 [&] { return device::register_device_callbacks(subscription, callbacks, context); });
 }
 
 VEXCAP_API int vexcap_unregiester_device_callbacks(vexcap_device_subscription* subscription) {
-  return guarded("vexcap_unregiester_device_callbacks", [&] { return unregister_device_callbacks(subscription); });
+  return guarded("vexcap_unregiester_device_callbacks", [&] { return device::unregister_device_callbacks(subscription); });
 }
 
 // ---- Device events ---------------------------------------------------------------------------

@@ -11,7 +11,7 @@
 #include "capture/shutdown_test.h"
 #include "log/log.h"
 
-namespace vexcap::client {
+namespace vexcap::capture {
 
 using platform::PlatformError;
 
@@ -45,15 +45,15 @@ bool teardown_step(Step step) {
 
 }  // namespace
 
-std::shared_ptr<VexCap> VexCap::create(std::uint32_t stream_mode) {
-  return std::shared_ptr<VexCap>(new VexCap(stream_mode));
+std::shared_ptr<CaptureClient> CaptureClient::create(std::uint32_t stream_mode) {
+  return std::shared_ptr<CaptureClient>(new CaptureClient(stream_mode));
 }
 
-VexCap::VexCap(std::uint32_t stream_mode) : stream_mode_(stream_mode) {
+CaptureClient::CaptureClient(std::uint32_t stream_mode) : stream_mode_(stream_mode) {
   log::client_constructed();
 }
 
-VexCap::~VexCap() {
+CaptureClient::~CaptureClient() {
   capture_settings_.reset();
   const hresult cleared = clear();
   if (failed(cleared)) VXLOG('W', "Failed clearing VexCap: %08x", cleared);
@@ -68,23 +68,23 @@ VexCap::~VexCap() {
   frame_reader_.reset();
 }
 
-std::wstring VexCap::device_id() const { return std::wstring(device_id_.data()); }
+std::wstring CaptureClient::device_id() const { return std::wstring(device_id_.data()); }
 
 // ---- Initialization ------------------------------------------------------------------------
 
-hresult VexCap::initialize(const std::wstring& group_id, std::uint32_t reader_kind,
+hresult CaptureClient::initialize(const std::wstring& group_id, std::uint32_t reader_kind,
                            std::uint16_t format_arg1, std::uint16_t format_arg2) {
   if (initialized_) return HR_INVALID_STATE;
   last_capture_failure_ = HR_OK;
   try {
     const auto groups = platform::current().find_all_source_groups();
-    for (std::uint32_t i = 0; i < groups.size(); ++i) dump_source_group(groups[i].get(), i);
+    for (std::uint32_t i = 0; i < groups.size(); ++i) sources::dump_source_group(groups[i].get(), i);
 
     reader_kind_ = reader_kind;
     format_arg1_ = format_arg1;
     format_arg2_ = format_arg2;
 
-    const auto group = find_source_group(groups, group_id, source_kind_for_reader(reader_kind));
+    const auto group = find_source_group(groups, group_id, sources::source_kind_for_reader(reader_kind));
     if (!group) return HR_FAIL;
 
     initialize_media_capture(group);  // its answer is not examined: the capture decides below
@@ -102,10 +102,10 @@ hresult VexCap::initialize(const std::wstring& group_id, std::uint32_t reader_ki
   }
 }
 
-std::shared_ptr<platform::SourceGroup> VexCap::find_source_group(
+std::shared_ptr<platform::SourceGroup> CaptureClient::find_source_group(
     const std::vector<std::shared_ptr<platform::SourceGroup>>& groups, const std::wstring& id,
     platform::SourceKind kind) {
-  auto group = find_group_with_kind(groups, id, kind);
+  auto group = sources::find_group_with_kind(groups, id, kind);
   if (!group) return nullptr;
   source_group_ = group;
   const std::wstring group_id = *group->id();
@@ -114,7 +114,7 @@ std::shared_ptr<platform::SourceGroup> VexCap::find_source_group(
   return group;
 }
 
-bool VexCap::initialize_media_capture(const std::shared_ptr<platform::SourceGroup>& group) {
+bool CaptureClient::initialize_media_capture(const std::shared_ptr<platform::SourceGroup>& group) {
   if (!capture_) capture_ = platform::current().create_capture();
   if (!capture_settings_) capture_settings_.emplace();
   platform::CaptureSettings& settings = *capture_settings_;
@@ -140,35 +140,35 @@ bool VexCap::initialize_media_capture(const std::shared_ptr<platform::SourceGrou
   return false;
 }
 
-void VexCap::drop_capture() {
+void CaptureClient::drop_capture() {
   if (!capture_) return;
   teardown_step([&] { capture_->close(); });
   capture_.reset();
 }
 
-void VexCap::reader_init(std::uint32_t reader_kind, std::uint16_t format_arg1,
+void CaptureClient::reader_init(std::uint32_t reader_kind, std::uint16_t format_arg1,
                          std::uint16_t format_arg2) {
   if (!source_group_ || frame_reader_ || !capture_) {
     VXLOG('E', "Wrong state for reader_init");
     return;
   }
   try {
-    const platform::SourceKind wanted_kind = source_kind_for_reader(reader_kind);
+    const platform::SourceKind wanted_kind = sources::source_kind_for_reader(reader_kind);
     const auto sources = capture_->frame_sources();
 
-    const platform::StreamType default_type = default_stream_type(sources, wanted_kind);
+    const platform::StreamType default_type = sources::default_stream_type(sources, wanted_kind);
 
     for (const auto& source : sources) {
       const platform::SourceInfo info = source->info();
-      const platform::StreamType wanted_type = stream_type_to_read(info, default_type);
+      const platform::StreamType wanted_type = sources::stream_type_to_read(info, default_type);
 
       if (info.kind == wanted_kind && info.stream_type == wanted_type && !frame_reader_) {
         if (const auto current = source->current_format()) current_format_height_ = current->height();
         frame_source_ = source;
         property_controller_ = source->controller();
         const bool colour = info.kind == platform::SourceKind::Color;
-        VXLOG('D', "SourceKindr= %ws", name_of(info.kind));
-        format_table_ = collect_format_table(source->supported_formats(), colour, format_arg1, format_arg2);
+        VXLOG('D', "SourceKindr= %ws", sources::name_of(info.kind));
+        format_table_ = sources::collect_format_table(source->supported_formats(), colour, format_arg1, format_arg2);
         // RGB24 frames are converted by the library; everything else is asked for as NV12.
         const std::optional<std::wstring> subtype =
             table_has_subtype(format_table_, L"RGB24") ? std::nullopt
@@ -186,14 +186,14 @@ void VexCap::reader_init(std::uint32_t reader_kind, std::uint16_t format_arg1,
   }
 }
 
-void VexCap::load_extension_unit(std::uint32_t reader_kind) {
+void CaptureClient::load_extension_unit(std::uint32_t reader_kind) {
   xu_control_ = std::make_unique<controls::ExtensionUnit>();
   const hresult loaded = xu_control_->load(platform::current(), reader_kind);
   if (failed(loaded)) VXLOG('I', "XU control not available or couldn't be loaded: %08x", loaded);
 }
 
 // Low-light compensation is switched on for every exclusive client; failures only log.
-void VexCap::switch_llc_on() {
+void CaptureClient::switch_llc_on() {
   const controls::PropertyTarget target = property_target();
   std::uint8_t current[controls::kExtendedPropertySize] = {};
   const hresult got = controls::get_llc(target, current);
@@ -202,15 +202,15 @@ void VexCap::switch_llc_on() {
   if (failed(set)) VXLOG('W', "Setting LLC failed: %08x", set);
 }
 
-controls::PropertyTarget VexCap::property_target() const {
+controls::PropertyTarget CaptureClient::property_target() const {
   return controls::PropertyTarget{property_controller_.get(), initialized_};
 }
 
-void VexCap::subscribe_to_capture_failures() {
+void CaptureClient::subscribe_to_capture_failures() {
   if (!capture_) return;
   // The handler holds neither the client nor the capture: it only hands the failure to the
   // request thread and returns, so no last release ever happens on the capture's own thread.
-  std::weak_ptr<VexCap> weak = weak_from_this();
+  std::weak_ptr<CaptureClient> weak = weak_from_this();
   FailureNotifier notify = failure_notifier_;
   failed_token_ = capture_->add_failed([weak, notify](const platform::CaptureFailure&) {
     VXLOG('E', "Media capture failed. Notifying the main thread...");
@@ -218,7 +218,7 @@ void VexCap::subscribe_to_capture_failures() {
   });
 }
 
-void VexCap::handle_capture_failure() {
+void CaptureClient::handle_capture_failure() {
   VXLOG('E', "Handling the capture failure...");
   std::lock_guard<std::mutex> lock(failure_lock_);
   if (!initialized_) {
@@ -265,11 +265,11 @@ void VexCap::handle_capture_failure() {
 
 // ---- Streaming -----------------------------------------------------------------------------
 
-bool VexCap::can_stream() const {
+bool CaptureClient::can_stream() const {
   return initialized_ && source_group_ && frame_reader_ && !rgb_disabled_;
 }
 
-hresult VexCap::enable_stream_type(std::int32_t format_index, std::uint32_t apply_flag) {
+hresult CaptureClient::enable_stream_type(std::int32_t format_index, std::uint32_t apply_flag) {
   if (!can_stream()) {
     VXLOG('E', "enable_stream_type: not valid state");
     return HR_INVALID_STATE;
@@ -303,7 +303,7 @@ hresult VexCap::enable_stream_type(std::int32_t format_index, std::uint32_t appl
   return HR_OK;
 }
 
-hresult VexCap::start_streaming(vexcap_frame_callback callback, void* context) {
+hresult CaptureClient::start_streaming(vexcap_frame_callback callback, void* context) {
   if (!can_stream()) {
     VXLOG('E', "start_streaming: not valid state");
     return HR_INVALID_STATE;
@@ -311,12 +311,12 @@ hresult VexCap::start_streaming(vexcap_frame_callback callback, void* context) {
   std::unique_lock<std::mutex> lock(callback_lock_);
   try {
     // The handler holds only a weak reference: a pending frame never keeps a client alive.
-    std::weak_ptr<VexCap> weak = weak_from_this();
+    std::weak_ptr<CaptureClient> weak = weak_from_this();
     // A start while streaming replaces the subscription: a second handler would only find the
     // frame taken, and would keep frames coming after a callback answered false.
     if (frame_arrived_token_ != 0) frame_reader_->remove_frame_arrived(frame_arrived_token_);
     frame_arrived_token_ = frame_reader_->add_frame_arrived([weak](platform::FrameReader& reader) {
-      const std::shared_ptr<VexCap> client = weak.lock();
+      const std::shared_ptr<CaptureClient> client = weak.lock();
       if (!client) return HR_DISCONNECTED;
       return client->on_frame_arrived(reader);
     });
@@ -324,7 +324,7 @@ hresult VexCap::start_streaming(vexcap_frame_callback callback, void* context) {
     if (status != platform::ReaderStartStatus::Success) {
       // A reader that did not start delivers nothing: the host hears so (a grey source that
       // cannot give NV12 is the likely one).
-      VXLOG('E', "Reader did not start: %ws (%d)", name_of(status), static_cast<int>(status));
+      VXLOG('E', "Reader did not start: %ws (%d)", sources::name_of(status), static_cast<int>(status));
       frame_reader_->remove_frame_arrived(frame_arrived_token_);
       frame_arrived_token_ = 0;
       frame_callback_ = nullptr;
@@ -343,22 +343,22 @@ hresult VexCap::start_streaming(vexcap_frame_callback callback, void* context) {
   return HR_OK;
 }
 
-hresult VexCap::on_frame_arrived(platform::FrameReader& reader) {
-  return frames::deliver_newest_frame(*this, reader);
+hresult CaptureClient::on_frame_arrived(platform::FrameReader& reader) {
+  return capture::deliver_newest_frame(*this, reader);
 }
 
-VexCap::FrameCallback VexCap::frame_callback() {
+CaptureClient::FrameCallback CaptureClient::frame_callback() {
   std::lock_guard<std::mutex> lock(callback_lock_);
   return {frame_callback_, frame_context_};
 }
 
-void VexCap::end_delivery() {
+void CaptureClient::end_delivery() {
   std::lock_guard<std::mutex> lock(callback_lock_);
   frame_callback_ = nullptr;
   frame_context_ = nullptr;
 }
 
-void VexCap::register_unsupported_format(vexcap_unsupported_format_callback callback,
+void CaptureClient::register_unsupported_format(vexcap_unsupported_format_callback callback,
                                          void* context) {
   std::lock_guard<std::mutex> lock(unsupported_format_lock_);
   if (!initialized_ || unsupported_format_callback_ != nullptr) return;
@@ -366,39 +366,39 @@ void VexCap::register_unsupported_format(vexcap_unsupported_format_callback call
   unsupported_format_context_ = context;
 }
 
-void VexCap::unregister_unsupported_format() {
+void CaptureClient::unregister_unsupported_format() {
   std::lock_guard<std::mutex> lock(unsupported_format_lock_);
   if (!initialized_ || unsupported_format_callback_ == nullptr) return;
   unsupported_format_callback_ = nullptr;
   unsupported_format_context_ = nullptr;
 }
 
-void VexCap::raise_unsupported_format() {
+void CaptureClient::raise_unsupported_format() {
   std::lock_guard<std::mutex> lock(unsupported_format_lock_);
   if (!unsupported_format_callback_) return;
   HostCallbackScope marked;
   unsupported_format_callback_(true, unsupported_format_context_);
 }
 
-hresult VexCap::register_rgb_stopped(vexcap_rgb_stopped_callback callback, void* context) {
+hresult CaptureClient::register_rgb_stopped(vexcap_rgb_stopped_callback callback, void* context) {
   const RgbStoppedWorker::Target target{shared_from_this(), device_id(), reader_kind_};
   rgb_stopped_.start(target, initialized_, callback, context);
   return HR_OK;
 }
 
-hresult VexCap::unregister_rgb_stopped() {
+hresult CaptureClient::unregister_rgb_stopped() {
   rgb_stopped_.clear_callback(initialized_);
   return HR_OK;
 }
 
-hresult VexCap::switch_colour_stream_off() {
+hresult CaptureClient::switch_colour_stream_off() {
   rgb_disabled_ = true;
   rgb_stopped_.stop_for_good(initialized_);
   unregister_exclusive_control_status();  // a failure is logged and goes no further
   return HR_OK;
 }
 
-hresult VexCap::stop_streaming() {
+hresult CaptureClient::stop_streaming() {
   {
     // First, in every state: no frame reaches the host once the call began.
     std::lock_guard<std::mutex> lock(callback_lock_);
@@ -412,7 +412,7 @@ hresult VexCap::stop_streaming() {
   return HR_OK;
 }
 
-hresult VexCap::clear() {
+hresult CaptureClient::clear() {
   if (rgb_disabled_ || !initialized_) return HR_OK;
   // Every step runs whatever the earlier ones met, so nothing outlives a clear; a failure
   // anywhere is still answered.
@@ -434,7 +434,7 @@ hresult VexCap::clear() {
   return whole ? HR_OK : HR_FAIL;
 }
 
-bool VexCap::release_capture() {
+bool CaptureClient::release_capture() {
   bool whole = true;
   if (frame_reader_) {
     whole = teardown_step([&] { frame_reader_->close(); }) && whole;
@@ -463,4 +463,4 @@ bool VexCap::release_capture() {
   return whole;
 }
 
-}  // namespace vexcap::client
+}  // namespace vexcap::capture

@@ -26,18 +26,18 @@
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
 
-namespace vexcap::client {
+namespace vexcap::capture {
 
 // The client's device identifier holds at most this many UTF-16 units, terminator included.
 constexpr std::size_t kDeviceIdCapacity = 260;
 
-class VexCap : public std::enable_shared_from_this<VexCap> {
+class CaptureClient : public std::enable_shared_from_this<CaptureClient> {
  public:
   // stream_mode: 0 shared, 1 exclusive, anything else logged and treated as shared.
-  static std::shared_ptr<VexCap> create(std::uint32_t stream_mode);
-  ~VexCap();
-  VexCap(const VexCap&) = delete;
-  VexCap& operator=(const VexCap&) = delete;
+  static std::shared_ptr<CaptureClient> create(std::uint32_t stream_mode);
+  ~CaptureClient();
+  CaptureClient(const CaptureClient&) = delete;
+  CaptureClient& operator=(const CaptureClient&) = delete;
 
   // Binds the client to the source group `group_id` and creates its reader for `reader_kind`.
   hresult initialize(const std::wstring& group_id, std::uint32_t reader_kind,
@@ -62,7 +62,7 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
 
   // Capture failures are handed to the request thread: the notifier queues the recovery request
   // and returns at once, false when there is no request thread. Set before initialize.
-  using FailureNotifier = std::function<bool(const std::weak_ptr<VexCap>&)>;
+  using FailureNotifier = std::function<bool(const std::weak_ptr<CaptureClient>&)>;
   void set_failure_notifier(FailureNotifier notifier) { failure_notifier_ = std::move(notifier); }
   // Recovery on the request thread: a new capture instance and a new, stopped reader. A client
   // cleared (or closed) since the failure is left alone.
@@ -76,7 +76,7 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   std::uint32_t reader_kind() const { return reader_kind_; }
   std::uint16_t format_arg1() const { return format_arg1_; }
   std::uint16_t format_arg2() const { return format_arg2_; }
-  const FormatTable& format_table() const { return format_table_; }
+  const sources::FormatTable& format_table() const { return format_table_; }
   std::wstring device_id() const;
   std::shared_ptr<platform::FrameSource> frame_source() const { return frame_source_; }
   std::shared_ptr<platform::FrameSource> second_source() const { return second_source_; }
@@ -87,7 +87,7 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   controls::PropertyTarget property_target() const;
   bool has_source_group() const { return source_group_ != nullptr; }
   // The controls this client set last, for the frames it reads.
-  frames::ControlTracker& control_tracker() { return control_tracker_; }
+  capture::ControlTracker& control_tracker() { return control_tracker_; }
 
   // The host's frame callback and its context, copied together under the callback lock.
   struct FrameCallback {
@@ -100,11 +100,11 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   // Counts the starts: a stop asked for earlier applies only to the stream it saw running.
   std::uint64_t stream_generation() const { return stream_generation_.load(); }
   // The records this client's frames handed to the host and not yet returned.
-  const std::shared_ptr<frames::OutstandingRecords>& outstanding_records() const { return outstanding_records_; }
+  const std::shared_ptr<capture::OutstandingRecords>& outstanding_records() const { return outstanding_records_; }
 
   // Frames per second the host accepts, 0 = no limit.
   void set_frame_rate_limit(std::uint32_t frames_per_second) { frame_rate_limit_.set(frames_per_second); }
-  frames::FrameRateLimit& frame_rate_limit() { return frame_rate_limit_; }
+  capture::FrameRateLimit& frame_rate_limit() { return frame_rate_limit_; }
 
   // The unsupported-format event: raised with its lock held; nothing happens without a callback.
   // Stored only on an initialized client that has none yet: a second registration keeps the
@@ -133,7 +133,7 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   hresult switch_colour_stream_off();
 
  private:
-  explicit VexCap(std::uint32_t stream_mode);
+  explicit CaptureClient(std::uint32_t stream_mode);
 
   std::shared_ptr<platform::SourceGroup> find_source_group(
       const std::vector<std::shared_ptr<platform::SourceGroup>>& groups, const std::wstring& id,
@@ -156,7 +156,7 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   std::uint32_t reader_kind_ = 0;
   std::uint16_t format_arg1_ = 0;
   std::uint16_t format_arg2_ = 0;
-  FormatTable format_table_;
+  sources::FormatTable format_table_;
   std::unique_ptr<controls::ExtensionUnit> xu_control_;
   std::shared_ptr<platform::SourceController> property_controller_;  // kept for property_target
   std::uint32_t current_format_height_ = 0;  // of the reader source's current format
@@ -176,8 +176,8 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   vexcap_frame_callback frame_callback_ = nullptr;
   void* frame_context_ = nullptr;
   std::atomic<std::uint64_t> stream_generation_{0};
-  const std::shared_ptr<frames::OutstandingRecords> outstanding_records_ =
-      std::make_shared<frames::OutstandingRecords>();
+  const std::shared_ptr<capture::OutstandingRecords> outstanding_records_ =
+      std::make_shared<capture::OutstandingRecords>();
 
   std::mutex exclusive_control_lock_;  // guards the two fields below
   vexcap_excl_ctrl_status_callback exclusive_control_callback_ = nullptr;
@@ -187,14 +187,14 @@ class VexCap : public std::enable_shared_from_this<VexCap> {
   vexcap_unsupported_format_callback unsupported_format_callback_ = nullptr;
   void* unsupported_format_context_ = nullptr;
 
-  frames::FrameRateLimit frame_rate_limit_;
+  capture::FrameRateLimit frame_rate_limit_;
 
   std::mutex failure_lock_;  // held for the whole of a capture-failure recovery
   FailureNotifier failure_notifier_;
   std::array<wchar_t, kDeviceIdCapacity> device_id_{};
 
   bool rgb_disabled_ = false;  // set for good when the host switches the colour stream off
-  frames::ControlTracker control_tracker_;
+  capture::ControlTracker control_tracker_;
 };
 
-}  // namespace vexcap::client
+}  // namespace vexcap::capture

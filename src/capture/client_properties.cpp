@@ -6,15 +6,15 @@
 #include "capture/led_torch.h"
 #include "log/log.h"
 
-namespace vexcap::controls {
+namespace vexcap::capture {
 namespace {
 
 // Selects a format (apply flag 1 also runs the reader briefly with it). A camera without the
 // vendor's extension unit has its torch switched off with it.
-hresult select_stream_type(client::VexCap& client, std::uint32_t format_code, std::uint32_t apply_flag) {
+hresult select_stream_type(capture::CaptureClient& client, std::uint32_t format_code, std::uint32_t apply_flag) {
   const hresult result = client.enable_stream_type(static_cast<std::int32_t>(format_code), apply_flag);
   if (result != HR_OK) return result;
-  const ExtensionUnit* unit = client.extension_unit();
+  const controls::ExtensionUnit* unit = client.extension_unit();
   if (unit == nullptr || (!unit->unit1().found && !unit->unit2().found)) {
     enable_led_power_control(client, false);  // best effort: the format is chosen either way
   }
@@ -32,13 +32,13 @@ std::uint8_t control18_byte(std::uint32_t value) {
   }
 }
 
-hresult write_control18(client::VexCap& client, std::uint32_t value) {
-  ExtensionUnit* unit = client.extension_unit();
+hresult write_control18(capture::CaptureClient& client, std::uint32_t value) {
+  controls::ExtensionUnit* unit = client.extension_unit();
   return unit != nullptr ? unit->write_unit1_control18(control18_byte(value)) : HR_FAIL;
 }
 
 // The highest resolution the colour sensor offers: 4K, then 1080p, then 720p.
-std::uint32_t hires_sensor_type(const client::VexCap& client) {
+std::uint32_t hires_sensor_type(const capture::CaptureClient& client) {
   for (const std::uint32_t code : {VEXCAP_FORMAT_HIRES_4K, VEXCAP_FORMAT_HIRES_1080P, VEXCAP_FORMAT_HIRES_720P}) {
     if (client.format_table().count(code) != 0) return code;
   }
@@ -48,7 +48,7 @@ std::uint32_t hires_sensor_type(const client::VexCap& client) {
 
 }  // namespace
 
-hresult set_device_property(client::VexCap& client, const vexcap_property& property) {
+hresult set_device_property(capture::CaptureClient& client, const vexcap_property& property) {
   switch (property.id) {
     case VEXCAP_PROP_FACE_AUTH_MODE:
       return set_face_auth_mode(client.property_target(), property.value);
@@ -73,9 +73,9 @@ hresult set_device_property(client::VexCap& client, const vexcap_property& prope
   }
 }
 
-hresult get_device_property(client::VexCap& client, vexcap_property& property) {
+hresult get_device_property(capture::CaptureClient& client, vexcap_property& property) {
   VXLOG('D', "get_dev_property: %d", static_cast<int>(property.id));
-  ExtensionUnit* unit = client.extension_unit();
+  controls::ExtensionUnit* unit = client.extension_unit();
   switch (property.id) {
     case VEXCAP_PROP_RGB_STATUS: {
       std::uint32_t status = 0;
@@ -98,4 +98,4 @@ hresult get_device_property(client::VexCap& client, vexcap_property& property) {
   }
 }
 
-}  // namespace vexcap::controls
+}  // namespace vexcap::capture

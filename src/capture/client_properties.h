@@ -6,15 +6,15 @@
 #include "common/hresult.h"
 #include "vexcap/vexcap.h"
 
-namespace vexcap::client {
-class VexCap;
+namespace vexcap::capture {
+class CaptureClient;
 }
 
-namespace vexcap::controls {
+namespace vexcap::capture {
 
 // Runs one property on the client. An id the client does not know is logged and answers 0.
-hresult set_device_property(client::VexCap& client, const vexcap_property& property);
+hresult set_device_property(capture::CaptureClient& client, const vexcap_property& property);
 // Writes the answer to property.value; an unknown id is logged, answers 0 and writes nothing.
-hresult get_device_property(client::VexCap& client, vexcap_property& property);
+hresult get_device_property(capture::CaptureClient& client, vexcap_property& property);
 
-}  // namespace vexcap::controls
+}  // namespace vexcap::capture

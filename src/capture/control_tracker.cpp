@@ -1,6 +1,6 @@
 #include "capture/control_tracker.h"
 
-namespace vexcap::frames {
+namespace vexcap::capture {
 
 namespace {
 
@@ -58,4 +58,4 @@ ControlReport ControlTracker::next_frame() {
   return result;
 }
 
-}  // namespace vexcap::frames
+}  // namespace vexcap::capture

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <mutex>
 
-namespace vexcap::frames {
+namespace vexcap::capture {
 
 enum class TrackedControl : std::size_t { Exposure = 0, IsoSpeed = 1, LedPower = 2 };
 
@@ -53,4 +53,4 @@ class ControlTracker {
   std::array<std::uint8_t, 3> counters_{};
 };
 
-}  // namespace vexcap::frames
+}  // namespace vexcap::capture

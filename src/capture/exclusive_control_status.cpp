@@ -4,7 +4,7 @@
 #include "controls/face_auth_wait.h"
 #include "log/log.h"
 
-namespace vexcap::client {
+namespace vexcap::capture {
 
 namespace {
 
@@ -19,16 +19,16 @@ constexpr std::int32_t kFaceAuthSettling = 2;
 
 }  // namespace
 
-hresult VexCap::register_exclusive_control_status(vexcap_excl_ctrl_status_callback callback,
+hresult CaptureClient::register_exclusive_control_status(vexcap_excl_ctrl_status_callback callback,
                                                   void* context) {
   std::lock_guard<std::mutex> lock(exclusive_control_lock_);
   if (exclusive_control_callback_ != nullptr) return HR_OK;
   if (!capture_) return HR_INVALID_STATE;
 
-  std::weak_ptr<VexCap> weak = weak_from_this();
+  std::weak_ptr<CaptureClient> weak = weak_from_this();
   exclusive_control_token_ = capture_->add_exclusive_control_status_changed(
       [weak](const platform::ExclusiveControlChange& change) {
-        const std::shared_ptr<VexCap> client = weak.lock();
+        const std::shared_ptr<CaptureClient> client = weak.lock();
         if (!client) return;
         std::lock_guard<std::mutex> lock(client->exclusive_control_lock_);
         if (client->exclusive_control_callback_ == nullptr) return;
@@ -49,7 +49,7 @@ hresult VexCap::register_exclusive_control_status(vexcap_excl_ctrl_status_callba
   return HR_OK;
 }
 
-hresult VexCap::unregister_exclusive_control_status() {
+hresult CaptureClient::unregister_exclusive_control_status() {
   std::lock_guard<std::mutex> lock(exclusive_control_lock_);
   exclusive_control_callback_ = nullptr;
   exclusive_control_context_ = nullptr;
@@ -64,4 +64,4 @@ hresult VexCap::unregister_exclusive_control_status() {
   }
 }
 
-}  // namespace vexcap::client
+}  // namespace vexcap::capture

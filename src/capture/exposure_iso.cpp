@@ -7,14 +7,14 @@
 #include "log/log.h"
 #include "platform/port.h"
 
-namespace vexcap::controls {
+namespace vexcap::capture {
 
 namespace {
 
 constexpr std::uint32_t kAutoExposureOn = 513;
 
 // Fetched afresh at every step: nothing is cached between calls.
-std::shared_ptr<platform::ExposureControl> exposure_control(client::VexCap& client) {
+std::shared_ptr<platform::ExposureControl> exposure_control(capture::CaptureClient& client) {
   const std::shared_ptr<platform::FrameSource> source = client.frame_source();
   return source ? source->controller()->exposure_control() : nullptr;
 }
@@ -24,7 +24,7 @@ std::shared_ptr<platform::IsoSpeedControl> iso_speed_control(platform::FrameSour
 }
 
 // The checks shared by set and get exposure once the client's state allows the call.
-hresult check_manual_exposure(client::VexCap& client) {
+hresult check_manual_exposure(capture::CaptureClient& client) {
   if (!exposure_control(client)) {
     VXLOG('D', "No exp_ctrl");
     return HR_NOINTERFACE;
@@ -42,7 +42,7 @@ hresult check_manual_exposure(client::VexCap& client) {
 
 }  // namespace
 
-hresult set_exposure(client::VexCap& client, std::int64_t exposure) {
+hresult set_exposure(capture::CaptureClient& client, std::int64_t exposure) {
   if (!client.initialized() || !client.has_source_group() || !client.has_capture() ||
       client.rgb_disabled()) {
     return HR_INVALID_STATE;
@@ -57,13 +57,13 @@ hresult set_exposure(client::VexCap& client, std::int64_t exposure) {
     }
     exposure_control(client)->set_value(exposure);
   } catch (const platform::PlatformError& error) {
-    return failure_code(error);  // ends the request without a log line
+    return controls::failure_code(error);  // ends the request without a log line
   }
   client.control_tracker().store_exposure(static_cast<std::uint64_t>(exposure));
   return HR_OK;
 }
 
-hresult get_exposure(client::VexCap& client, std::uint64_t& exposure) {
+hresult get_exposure(capture::CaptureClient& client, std::uint64_t& exposure) {
   if (!client.initialized() || !client.has_source_group() || !client.frame_reader()) {
     return HR_INVALID_STATE;
   }
@@ -73,8 +73,8 @@ hresult get_exposure(client::VexCap& client, std::uint64_t& exposure) {
   return HR_OK;
 }
 
-hresult set_iso_speed(client::VexCap& client, std::uint32_t iso_speed) {
-  ExtensionUnit* unit = client.extension_unit();
+hresult set_iso_speed(capture::CaptureClient& client, std::uint32_t iso_speed) {
+  controls::ExtensionUnit* unit = client.extension_unit();
   const hresult ks_result = unit != nullptr ? unit->write_gain(iso_speed) : HR_FAIL;
   hresult result = ks_result;
   if (ks_result != HR_OK) {
@@ -97,7 +97,7 @@ hresult set_iso_speed(client::VexCap& client, std::uint32_t iso_speed) {
   return result;
 }
 
-hresult set_auto_exposure_mode(client::VexCap& client, std::uint32_t mode) {
+hresult set_auto_exposure_mode(capture::CaptureClient& client, std::uint32_t mode) {
   if (!client.initialized() || client.rgb_disabled()) return HR_INVALID_STATE;
   const bool automatic = mode == kAutoExposureOn;
   try {
@@ -111,8 +111,8 @@ hresult set_auto_exposure_mode(client::VexCap& client, std::uint32_t mode) {
     return HR_OK;
   } catch (const platform::PlatformError& error) {
     VXLOG('I', "Setting auto exposure mode exception: %ws", error.message().c_str());
-    return failure_code(error);
+    return controls::failure_code(error);
   }
 }
 
-}  // namespace vexcap::controls
+}  // namespace vexcap::capture

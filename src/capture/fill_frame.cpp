@@ -8,17 +8,17 @@
 #include "frames/rgb24_frame.h"
 #include "log/log.h"
 
-namespace vexcap::frames {
+namespace vexcap::capture {
 namespace {
 
 bool is_rgb24_frame(platform::Frame& frame) {
   const std::shared_ptr<platform::FrameFormat> format = frame.format();
-  return format && is_rgb24_subtype(format->subtype());
+  return format && frames::is_rgb24_subtype(format->subtype());
 }
 
 }  // namespace
 
-std::uint32_t fill_frame(client::VexCap& client, platform::Frame& frame, vexcap_frame& record,
+std::uint32_t fill_frame(capture::CaptureClient& client, platform::Frame& frame, vexcap_frame& record,
                          std::shared_ptr<platform::Bitmap>& bitmap) {
   VXLOG('D', "Frame Metadata----------");
   // Every frame counts towards the five after a control change, whatever becomes of it; a
@@ -29,7 +29,7 @@ std::uint32_t fill_frame(client::VexCap& client, platform::Frame& frame, vexcap_
   // conversion, then the LED read.
   std::uint32_t status = HR_OK;
   std::uint64_t illumination = 0;
-  const hresult illumination_read = read_frame_illumination(frame, illumination);
+  const hresult illumination_read = frames::read_frame_illumination(frame, illumination);
   if (failed(illumination_read)) {
     VXLOG('W', "Failed getting frame illumination (HRESULT 0x%08x)",
           static_cast<unsigned>(illumination_read));
@@ -51,7 +51,7 @@ std::uint32_t fill_frame(client::VexCap& client, platform::Frame& frame, vexcap_
   } else {
     bool converted = false;
     if (is_rgb24_frame(frame)) {
-      const hresult result = convert_rgb24_frame_to_nv12(frame, platform::current(), bitmap);
+      const hresult result = frames::convert_rgb24_frame_to_nv12(frame, platform::current(), bitmap);
       status = static_cast<std::uint32_t>(result);
       converted = !failed(result);
       if (converted) record.pixel_format = static_cast<std::uint32_t>(bitmap->pixel_format());
@@ -77,8 +77,8 @@ std::uint32_t fill_frame(client::VexCap& client, platform::Frame& frame, vexcap_
   VXLOG('D', "LedPower: %u", static_cast<unsigned>(record.led_power));
   VXLOG('D', "Timestamp: %lld", static_cast<long long>(record.timestamp));
   VXLOG('D', "Frame Format: %d (%ws)", static_cast<int>(record.pixel_format),
-        client::name_of(bitmap->pixel_format()));
+        sources::name_of(bitmap->pixel_format()));
   return status;
 }
 
-}  // namespace vexcap::frames
+}  // namespace vexcap::capture

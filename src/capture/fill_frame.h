@@ -7,11 +7,11 @@
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
 
-namespace vexcap::client {
-class VexCap;
+namespace vexcap::capture {
+class CaptureClient;
 }
 
-namespace vexcap::frames {
+namespace vexcap::capture {
 
 // Statuses fill_frame answers besides the ones the frame delivers anyway.
 inline constexpr std::uint32_t kFrameTooFast = 105;
@@ -22,7 +22,7 @@ inline constexpr std::uint32_t kFrameFormatUnsupported = 16;
 // client's frame-rate limit, kFrameFormatUnsupported when no bitmap can be made of it, and
 // otherwise the last word of the illumination, RGB24 and LED reads (an HRESULT).
 // Platform failures are thrown.
-std::uint32_t fill_frame(client::VexCap& client, platform::Frame& frame, vexcap_frame& record,
+std::uint32_t fill_frame(capture::CaptureClient& client, platform::Frame& frame, vexcap_frame& record,
                          std::shared_ptr<platform::Bitmap>& bitmap);
 
-}  // namespace vexcap::frames
+}  // namespace vexcap::capture

@@ -4,13 +4,13 @@
 #include "capture/exposure_iso.h"
 #include "capture/led_torch.h"
 
-namespace vexcap::frames {
+namespace vexcap::capture {
 
 namespace {
 
 // The LED power in force: the torch first, the extension unit when the torch does not answer.
-hresult read_led_power(client::VexCap& client, std::uint32_t& power) {
-  const hresult torch = controls::get_torch_power(client, power);
+hresult read_led_power(capture::CaptureClient& client, std::uint32_t& power) {
+  const hresult torch = capture::get_torch_power(client, power);
   if (torch == HR_OK) return HR_OK;
   controls::ExtensionUnit* unit = client.extension_unit();
   return unit != nullptr ? unit->read_led_power(power) : HR_FAIL;
@@ -18,12 +18,12 @@ hresult read_led_power(client::VexCap& client, std::uint32_t& power) {
 
 }  // namespace
 
-std::optional<hresult> report_controls(client::VexCap& client, const ControlReport& report,
+std::optional<hresult> report_controls(capture::CaptureClient& client, const ControlReport& report,
                                        vexcap_frame& record) {
   record.exposure = 0;
   if (report.report_exposure) {
     std::uint64_t exposure = 0;
-    if (controls::get_exposure(client, exposure) == HR_OK) record.exposure = exposure;
+    if (capture::get_exposure(client, exposure) == HR_OK) record.exposure = exposure;
   }
 
   record.iso_speed = 0;
@@ -40,4 +40,4 @@ std::optional<hresult> report_controls(client::VexCap& client, const ControlRepo
   return read;
 }
 
-}  // namespace vexcap::frames
+}  // namespace vexcap::capture

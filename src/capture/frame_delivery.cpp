@@ -11,7 +11,7 @@
 #include "frames/record_rotation.h"
 #include "log/log.h"
 
-namespace vexcap::frames {
+namespace vexcap::capture {
 namespace {
 
 // Releases the platform frame however the handler ends.
@@ -36,14 +36,14 @@ bool is_delivered_format(platform::PixelFormat format) {
 
 // Where an NV12 bitmap's planes lie, from the platform's plane descriptions; nothing for other
 // formats or a bitmap that does not describe both planes.
-std::optional<Nv12Planes> nv12_planes(platform::LockedBitmap& locked, const vexcap_frame& record) {
+std::optional<frames::Nv12Planes> nv12_planes(platform::LockedBitmap& locked, const vexcap_frame& record) {
   if (record.pixel_format != static_cast<std::uint32_t>(platform::PixelFormat::Nv12) ||
       locked.plane_count() < 2)
     return std::nullopt;
   const platform::PlaneDescription luma = locked.plane(0);
   const platform::PlaneDescription chroma = locked.plane(1);
   if (luma.start_index < 0 || chroma.start_index < 0) return std::nullopt;
-  return Nv12Planes{static_cast<std::size_t>(luma.start_index), static_cast<std::size_t>(chroma.start_index),
+  return frames::Nv12Planes{static_cast<std::size_t>(luma.start_index), static_cast<std::size_t>(chroma.start_index),
                     chroma.stride};
 }
 
@@ -62,7 +62,7 @@ void copy_pixels(std::shared_ptr<platform::Bitmap> bitmap, platform::FrameSource
   }
   VXLOG('D', "Width: %u, Height: %u, Stride= %d", record.width, record.height, record.stride);
   // The whole capacity, not width x height: every plane with its row padding.
-  copy_pixels_upright(source, locked->data(), locked->capacity(), record, nv12_planes(*locked, record));
+  frames::copy_pixels_upright(source, locked->data(), locked->capacity(), record, nv12_planes(*locked, record));
 }
 
 // A reservation of one of the stream's outstanding records, given back unless the record
@@ -86,7 +86,7 @@ class Reservation {
 
 }  // namespace
 
-hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& reader) {
+hresult deliver_newest_frame(capture::CaptureClient& client, platform::FrameReader& reader) {
   const std::shared_ptr<platform::Frame> frame = reader.try_acquire_latest_frame();
   if (!frame) return HR_OK;
   FrameCloser closer{*frame};
@@ -128,4 +128,4 @@ hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& read
   }
 }
 
-}  // namespace vexcap::frames
+}  // namespace vexcap::capture

@@ -5,14 +5,14 @@
 #include "common/hresult.h"
 #include "platform/port.h"
 
-namespace vexcap::client {
-class VexCap;
+namespace vexcap::capture {
+class CaptureClient;
 }
 
-namespace vexcap::frames {
+namespace vexcap::capture {
 
 // Answers HR_OK to keep receiving frames, HR_DISCONNECTED when the host's callback asked to
 // stop, or the code of a platform failure (the record is then freed).
-hresult deliver_newest_frame(client::VexCap& client, platform::FrameReader& reader);
+hresult deliver_newest_frame(capture::CaptureClient& client, platform::FrameReader& reader);
 
-}  // namespace vexcap::frames
+}  // namespace vexcap::capture

@@ -4,7 +4,7 @@
 
 #include "log/log.h"
 
-namespace vexcap::frames {
+namespace vexcap::capture {
 namespace {
 
 // Read and written by the frame threads of every client without further coordination.
@@ -51,4 +51,4 @@ bool FrameRateLimit::admit(double rate, std::int64_t timestamp) {
   return true;
 }
 
-}  // namespace vexcap::frames
+}  // namespace vexcap::capture

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <mutex>
 
-namespace vexcap::frames {
+namespace vexcap::capture {
 
 // Frames per second since the last accepted frame; 0.0 for the first frame of the process,
 // which also becomes the last accepted one. Timestamps are in microseconds.
@@ -32,4 +32,4 @@ class FrameRateLimit {
   std::uint32_t limit_ = 0;
 };
 
-}  // namespace vexcap::frames
+}  // namespace vexcap::capture

@@ -7,27 +7,27 @@
 #include "log/log.h"
 #include "platform/port.h"
 
-namespace vexcap::controls {
+namespace vexcap::capture {
 
 namespace {
 
 // Fetched afresh at every step: nothing is cached between calls.
-std::shared_ptr<platform::TorchControl> torch_control(client::VexCap& client) {
+std::shared_ptr<platform::TorchControl> torch_control(capture::CaptureClient& client) {
   const std::shared_ptr<platform::FrameSource> source = client.frame_source();
   return source ? source->controller()->torch_control() : nullptr;
 }
 
-std::shared_ptr<platform::InfraredTorchControl> infrared_torch_control(client::VexCap& client) {
+std::shared_ptr<platform::InfraredTorchControl> infrared_torch_control(capture::CaptureClient& client) {
   const std::shared_ptr<platform::FrameSource> source = client.frame_source();
   return source ? source->controller()->infrared_torch_control() : nullptr;
 }
 
-bool torch_supported(client::VexCap& client) {
+bool torch_supported(capture::CaptureClient& client) {
   const std::shared_ptr<platform::TorchControl> torch = torch_control(client);
   return torch && torch->supported();
 }
 
-hresult set_infrared_torch_power(client::VexCap& client, std::int32_t power) {
+hresult set_infrared_torch_power(capture::CaptureClient& client, std::int32_t power) {
   VXLOG('I', "Setting ir torch control: Power= %u", static_cast<std::uint32_t>(power));
   infrared_torch_control(client)->set_current_mode(power != 0 ? platform::InfraredTorchMode::On
                                                               : platform::InfraredTorchMode::Off);
@@ -43,8 +43,8 @@ hresult set_infrared_torch_power(client::VexCap& client, std::int32_t power) {
 
 }  // namespace
 
-hresult set_led_power(client::VexCap& client, std::uint32_t power) {
-  ExtensionUnit* unit = client.extension_unit();
+hresult set_led_power(capture::CaptureClient& client, std::uint32_t power) {
+  controls::ExtensionUnit* unit = client.extension_unit();
   if (unit == nullptr || unit->write_led_power(power) != HR_OK) {
     // Without an ordinary torch this fails, even on a camera with an infrared torch.
     const hresult enabled = enable_led_power_control(client, true);
@@ -56,7 +56,7 @@ hresult set_led_power(client::VexCap& client, std::uint32_t power) {
   return HR_OK;
 }
 
-hresult enable_led_power_control(client::VexCap& client, bool enable) {
+hresult enable_led_power_control(capture::CaptureClient& client, bool enable) {
   if (!client.initialized()) return HR_INVALID_STATE;
   try {
     if (!torch_supported(client)) return HR_NOT_FOUND;
@@ -64,11 +64,11 @@ hresult enable_led_power_control(client::VexCap& client, bool enable) {
     return HR_OK;
   } catch (const platform::PlatformError& error) {
     VXLOG('I', "enable_led_power_control-> exception: %ws", error.message().c_str());
-    return failure_code(error);
+    return controls::failure_code(error);
   }
 }
 
-hresult set_torch_power(client::VexCap& client, std::int32_t power) {
+hresult set_torch_power(capture::CaptureClient& client, std::int32_t power) {
   if (!client.initialized()) return HR_INVALID_STATE;
   try {
     const std::shared_ptr<platform::InfraredTorchControl> infrared = infrared_torch_control(client);
@@ -86,11 +86,11 @@ hresult set_torch_power(client::VexCap& client, std::int32_t power) {
     return HR_OK;
   } catch (const platform::PlatformError& error) {
     VXLOG('I', "TorchControl-> exception: %ws", error.message().c_str());
-    return failure_code(error);
+    return controls::failure_code(error);
   }
 }
 
-hresult get_torch_power(client::VexCap& client, std::uint32_t& power) {
+hresult get_torch_power(capture::CaptureClient& client, std::uint32_t& power) {
   if (!client.initialized()) return HR_INVALID_STATE;
   try {
     if (!torch_supported(client)) {
@@ -108,8 +108,8 @@ hresult get_torch_power(client::VexCap& client, std::uint32_t& power) {
     return HR_OK;
   } catch (const platform::PlatformError& error) {
     VXLOG('I', "TorchControl-> exception: %ws", error.message().c_str());
-    return failure_code(error);
+    return controls::failure_code(error);
   }
 }
 
-}  // namespace vexcap::controls
+}  // namespace vexcap::capture

@@ -4,7 +4,7 @@
 
 #include "log/log.h"
 
-namespace vexcap::frames {
+namespace vexcap::capture {
 namespace {
 
 // Which stream each record in the host's hands came from. Process-wide because records are:
@@ -67,4 +67,4 @@ void record_returned(const vexcap_frame* record) {
   owner->give_back();
 }
 
-}  // namespace vexcap::frames
+}  // namespace vexcap::capture

@@ -9,7 +9,7 @@
 
 #include "vexcap/vexcap.h"
 
-namespace vexcap::frames {
+namespace vexcap::capture {
 
 inline constexpr std::uint32_t kOutstandingRecordLimit = VEXCAP_MAX_OUTSTANDING_FRAMES;
 
@@ -38,4 +38,4 @@ class OutstandingRecords : public std::enable_shared_from_this<OutstandingRecord
 // stream that delivered it. Records the library did not deliver are ignored.
 void record_returned(const vexcap_frame* record);
 
-}  // namespace vexcap::frames
+}  // namespace vexcap::capture

@@ -10,7 +10,7 @@
 #include "log/log.h"
 #include "platform/port.h"
 
-namespace vexcap::client {
+namespace vexcap::capture {
 
 using platform::PlatformError;
 
@@ -47,10 +47,10 @@ class Probe {
              const std::shared_ptr<ManualResetEvent>& wake) {
     capture_->initialize(settings_);
     const auto sources = capture_->frame_sources();
-    const platform::StreamType default_type = default_stream_type(sources, kind);
+    const platform::StreamType default_type = sources::default_stream_type(sources, kind);
     for (const auto& source : sources) {
       const platform::SourceInfo info = source->info();
-      if (info.kind != kind || info.stream_type != stream_type_to_read(info, default_type)) continue;
+      if (info.kind != kind || info.stream_type != sources::stream_type_to_read(info, default_type)) continue;
       reader_ = capture_->create_frame_reader(source, std::nullopt);
       break;
     }
@@ -78,8 +78,8 @@ class Probe {
 
 std::shared_ptr<platform::SourceGroup> find_group_again(const std::wstring& device_id,
                                                         std::uint32_t reader_kind) {
-  return find_group_with_kind(platform::current().find_all_source_groups(), device_id,
-                              source_kind_for_reader(reader_kind));
+  return sources::find_group_with_kind(platform::current().find_all_source_groups(), device_id,
+                              sources::source_kind_for_reader(reader_kind));
 }
 
 }  // namespace
@@ -157,7 +157,7 @@ bool RgbStoppedWorker::probe_until_stopped(const std::wstring& device_id, std::u
     if (!begin_pass(wake)) return false;
     if (probe) {
       try {
-        probe->start(source_kind_for_reader(reader_kind), seen, wake);
+        probe->start(sources::source_kind_for_reader(reader_kind), seen, wake);
       } catch (const PlatformError& error) {
         VXLOG('E', "exception: %ws", error.message().c_str());
       }
@@ -199,4 +199,4 @@ bool RgbStoppedWorker::callback_registered() {
   return callback_.load() != nullptr;
 }
 
-}  // namespace vexcap::client
+}  // namespace vexcap::capture

@@ -20,7 +20,7 @@
 #include "common/manual_reset_event.h"
 #include "vexcap/vexcap.h"
 
-namespace vexcap::client {
+namespace vexcap::capture {
 
 class RgbStoppedWorker {
  public:
@@ -81,4 +81,4 @@ class RgbStoppedWorker {
   std::thread task_;  // the newest worker (request thread only)
 };
 
-}  // namespace vexcap::client
+}  // namespace vexcap::capture

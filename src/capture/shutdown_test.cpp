@@ -2,7 +2,7 @@
 
 #include "log/log.h"
 
-namespace vexcap::client {
+namespace vexcap::capture {
 
 hresult run_shutdown_test(platform::Capture& reporter) {
   const std::optional<hresult> result = reporter.shutdown_if_supported();
@@ -14,4 +14,4 @@ hresult run_shutdown_test(platform::Capture& reporter) {
   return *result;
 }
 
-}  // namespace vexcap::client
+}  // namespace vexcap::capture

@@ -5,9 +5,9 @@
 #include "common/hresult.h"
 #include "platform/port.h"
 
-namespace vexcap::client {
+namespace vexcap::capture {
 
 // 0 when the object that reported the failure is not a shutdown, else the result of its Shutdown.
 hresult run_shutdown_test(platform::Capture& reporter);
 
-}  // namespace vexcap::client
+}  // namespace vexcap::capture

@@ -13,7 +13,7 @@
 
 #include "log/log.h"
 
-namespace vexcap::api {
+namespace vexcap::device {
 
 namespace {
 
@@ -82,4 +82,4 @@ hresult run_client_initialization(std::function<hresult()> initialize,
   return result;
 }
 
-}  // namespace vexcap::api
+}  // namespace vexcap::device

@@ -7,7 +7,7 @@
 
 #include "common/hresult.h"
 
-namespace vexcap::api {
+namespace vexcap::device {
 
 constexpr std::uint32_t kClientInitTimeoutMs = 10000;
 
@@ -21,4 +21,4 @@ hresult run_client_initialization(std::function<hresult()> initialize,
                                   const std::function<void()>& between_slices = {},
                                   std::uint32_t timeout_ms = kClientInitTimeoutMs);
 
-}  // namespace vexcap::api
+}  // namespace vexcap::device

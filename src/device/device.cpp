@@ -9,7 +9,7 @@
 #include "capture/led_torch.h"
 #include "log/log.h"
 
-namespace vexcap::api {
+namespace vexcap::device {
 
 namespace {
 
@@ -20,12 +20,12 @@ constexpr auto kWorkerJoinLimit = std::chrono::milliseconds(5000);
 }  // namespace
 
 std::shared_ptr<Device> Device::create(DeviceEnvironment environment) {
-  auto exclusive = client::VexCap::create(VEXCAP_STREAM_MODE_EXCLUSIVE);
+  auto exclusive = capture::CaptureClient::create(VEXCAP_STREAM_MODE_EXCLUSIVE);
   if (!exclusive) {
     VXLOG('E', "Failed creating exclusive vexcap");
     return nullptr;
   }
-  auto shared = client::VexCap::create(VEXCAP_STREAM_MODE_SHARED);
+  auto shared = capture::CaptureClient::create(VEXCAP_STREAM_MODE_SHARED);
   if (!shared) {
     VXLOG('E', "Failed creating shared vexcap");
     return nullptr;
@@ -45,7 +45,7 @@ namespace {
 
 // Each distinct cause is logged once per open, not at every retry: the platform's answer to the
 // capture's initialization when there was one, else the attempt's own.
-void report_failed_attempt(const client::VexCap& client, hresult result, std::set<hresult>& reported) {
+void report_failed_attempt(const capture::CaptureClient& client, hresult result, std::set<hresult>& reported) {
   const hresult platform = client.last_capture_failure();
   const hresult cause = failed(platform) ? platform : result;
   if (!reported.insert(cause).second) return;
@@ -55,7 +55,7 @@ void report_failed_attempt(const client::VexCap& client, hresult result, std::se
 
 }  // namespace
 
-hresult Device::open_client(const std::shared_ptr<client::VexCap>& client, const std::wstring& device_id,
+hresult Device::open_client(const std::shared_ptr<capture::CaptureClient>& client, const std::wstring& device_id,
                             const vexcap_open_params& params) {
   const ManualResetEvent& exit_requested = *environment_.exit_requested;
   // One initialization at a time per client: an attempt abandoned after the time limit finishes
@@ -77,7 +77,7 @@ hresult Device::open_client(const std::shared_ptr<client::VexCap>& client, const
   }
 }
 
-const std::shared_ptr<std::mutex>& Device::initialization_lock(const client::VexCap& client) const {
+const std::shared_ptr<std::mutex>& Device::initialization_lock(const capture::CaptureClient& client) const {
   return &client == exclusive_.get() ? exclusive_initialization_ : shared_initialization_;
 }
 
@@ -108,25 +108,25 @@ void Device::replace_worker(std::unique_ptr<WorkerThread>& slot, std::unique_ptr
 }
 
 hresult Device::set_exposure(std::int64_t exposure) {
-  const hresult result = controls::set_exposure(*exclusive_, exposure);
+  const hresult result = capture::set_exposure(*exclusive_, exposure);
   if (result == HR_OK) shared_->control_tracker().store_exposure(static_cast<std::uint64_t>(exposure));
   return result;
 }
 
 hresult Device::set_iso_speed(std::uint32_t iso_speed) {
-  const hresult result = controls::set_iso_speed(*exclusive_, iso_speed);
+  const hresult result = capture::set_iso_speed(*exclusive_, iso_speed);
   if (result == HR_OK) shared_->control_tracker().store_iso_speed(iso_speed);
   return result;
 }
 
 hresult Device::set_led_power(std::uint32_t power) {
-  const hresult result = controls::set_led_power(*exclusive_, power);
+  const hresult result = capture::set_led_power(*exclusive_, power);
   if (result == HR_OK) shared_->control_tracker().store_led_power(power);
   return result;
 }
 
 hresult Device::get_exposure(std::uint64_t& exposure) {
-  return controls::get_exposure(*exclusive_, exposure);
+  return capture::get_exposure(*exclusive_, exposure);
 }
 
 hresult Device::get_iso_speed(std::uint32_t& iso_speed) {
@@ -136,10 +136,10 @@ hresult Device::get_iso_speed(std::uint32_t& iso_speed) {
 
 hresult Device::get_led_power(std::uint32_t& power) {
   power = 0;
-  const hresult torch = controls::get_torch_power(*exclusive_, power);
+  const hresult torch = capture::get_torch_power(*exclusive_, power);
   if (torch == HR_OK) return HR_OK;
   controls::ExtensionUnit* unit = exclusive_->extension_unit();
   return unit != nullptr ? unit->read_led_power(power) : HR_FAIL;
 }
 
-}  // namespace vexcap::api
+}  // namespace vexcap::device

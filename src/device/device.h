@@ -13,7 +13,7 @@
 #include "common/worker_thread.h"
 #include "vexcap/vexcap.h"
 
-namespace vexcap::api {
+namespace vexcap::device {
 
 class Device {
  public:
@@ -53,28 +53,28 @@ class Device {
   // stream switched off (18). See device_properties.cpp.
   hresult set_property(const vexcap_property& property);
 
-  const std::shared_ptr<client::VexCap>& exclusive_client() const { return exclusive_; }
-  const std::shared_ptr<client::VexCap>& shared_client() const { return shared_; }
+  const std::shared_ptr<capture::CaptureClient>& exclusive_client() const { return exclusive_; }
+  const std::shared_ptr<capture::CaptureClient>& shared_client() const { return shared_; }
   // The client a stream selector picks: 1 the exclusive client, anything else the shared one.
-  const std::shared_ptr<client::VexCap>& client_for_selector(std::uint32_t selector) const {
+  const std::shared_ptr<capture::CaptureClient>& client_for_selector(std::uint32_t selector) const {
     return selector == VEXCAP_STREAM_SELECT_EXCLUSIVE ? exclusive_ : shared_;
   }
 
  private:
-  Device(std::shared_ptr<client::VexCap> shared, std::shared_ptr<client::VexCap> exclusive,
+  Device(std::shared_ptr<capture::CaptureClient> shared, std::shared_ptr<capture::CaptureClient> exclusive,
          DeviceEnvironment environment)
       : shared_(std::move(shared)), exclusive_(std::move(exclusive)), environment_(std::move(environment)) {}
-  hresult open_client(const std::shared_ptr<client::VexCap>& client, const std::wstring& device_id,
+  hresult open_client(const std::shared_ptr<capture::CaptureClient>& client, const std::wstring& device_id,
                       const vexcap_open_params& params);
-  const std::shared_ptr<std::mutex>& initialization_lock(const client::VexCap& client) const;
+  const std::shared_ptr<std::mutex>& initialization_lock(const capture::CaptureClient& client) const;
 
   hresult switch_auto_exposure_off(const vexcap_property& property);
   hresult finish_stream_type_apply(std::uint32_t format_code, hresult result);
 
   static void replace_worker(std::unique_ptr<WorkerThread>& slot, std::unique_ptr<WorkerThread> next);
 
-  std::shared_ptr<client::VexCap> shared_;
-  std::shared_ptr<client::VexCap> exclusive_;
+  std::shared_ptr<capture::CaptureClient> shared_;
+  std::shared_ptr<capture::CaptureClient> exclusive_;
   std::unique_ptr<WorkerThread> worker_a_;
   std::unique_ptr<WorkerThread> worker_b_;
   const DeviceEnvironment environment_;
@@ -84,4 +84,4 @@ class Device {
   const std::shared_ptr<std::mutex> shared_initialization_ = std::make_shared<std::mutex>();
 };
 
-}  // namespace vexcap::api
+}  // namespace vexcap::device

@@ -9,7 +9,7 @@
 #include "log/log.h"
 #include "platform/port.h"
 
-namespace vexcap::api {
+namespace vexcap::device {
 namespace {
 
 // What the watcher's handlers reach: the host's callbacks behind a gate. A handler already
@@ -40,7 +40,7 @@ class CallbackGate {
 };
 
 }  // namespace
-}  // namespace vexcap::api
+}  // namespace vexcap::device
 
 // The handle a host holds: the watcher, its three registrations and the host's callbacks.
 struct vexcap_device_subscription {
@@ -48,10 +48,10 @@ struct vexcap_device_subscription {
   vexcap::platform::EventToken added_token = 0;
   vexcap::platform::EventToken removed_token = 0;
   vexcap::platform::EventToken updated_token = 0;
-  std::shared_ptr<vexcap::api::CallbackGate> gate;  // shared with the handlers
+  std::shared_ptr<vexcap::device::CallbackGate> gate;  // shared with the handlers
 };
 
-namespace vexcap::api {
+namespace vexcap::device {
 
 int register_device_callbacks(vexcap_device_subscription** out,
                               const vexcap_device_callbacks* callbacks, void* context) {
@@ -116,4 +116,4 @@ int unregister_device_callbacks(vexcap_device_subscription* subscription) {
   return VEXCAP_OK;
 }
 
-}  // namespace vexcap::api
+}  // namespace vexcap::device

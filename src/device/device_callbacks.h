@@ -4,10 +4,10 @@
 
 #include "vexcap/vexcap.h"
 
-namespace vexcap::api {
+namespace vexcap::device {
 
 int register_device_callbacks(vexcap_device_subscription** subscription,
                               const vexcap_device_callbacks* callbacks, void* context);
 int unregister_device_callbacks(vexcap_device_subscription* subscription);
 
-}  // namespace vexcap::api
+}  // namespace vexcap::device

@@ -10,17 +10,17 @@
 #include "common/manual_reset_event.h"
 #include "platform/port.h"
 
-namespace vexcap::api {
+namespace vexcap::device {
 
 struct DeviceEnvironment {
   platform::Platform* platform = nullptr;
   // Set by vexcap_exit: an open that keeps retrying gives up.
   std::shared_ptr<const ManualResetEvent> exit_requested;
   // Hands a capture failure of an exclusive client to the request thread.
-  client::VexCap::FailureNotifier capture_failures;
+  capture::CaptureClient::FailureNotifier capture_failures;
   // Run by the request thread between the slices of its waits for a client's initialization
   // (answers the messages sent to its windows on Windows).
   std::function<void()> between_wait_slices;
 };
 
-}  // namespace vexcap::api
+}  // namespace vexcap::device

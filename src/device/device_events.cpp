@@ -4,7 +4,7 @@
 #include "controls/rgb_status_registration.h"
 #include "device/device.h"
 
-namespace vexcap::api {
+namespace vexcap::device {
 
 hresult register_exclusive_control_status(Device& device, vexcap_excl_ctrl_status_callback callback,
                                           void* context) {
@@ -16,7 +16,7 @@ hresult unregister_exclusive_control_status(Device& device) {
 }
 
 hresult register_rgb_status(Device& device, vexcap_rgb_status_callback callback, void* context) {
-  client::VexCap& client = *device.exclusive_client();
+  capture::CaptureClient& client = *device.exclusive_client();
   const auto source = client.frame_source();
   const bool infrared = source && source->info().kind == platform::SourceKind::Infrared;
   return controls::register_rgb_status_notifier(
@@ -38,4 +38,4 @@ hresult unregister_rgb_stopped(Device& device) {
   return device.exclusive_client()->unregister_rgb_stopped();
 }
 
-}  // namespace vexcap::api
+}  // namespace vexcap::device

@@ -6,7 +6,7 @@
 #include "common/hresult.h"
 #include "vexcap/vexcap.h"
 
-namespace vexcap::api {
+namespace vexcap::device {
 
 class Device;
 
@@ -21,4 +21,4 @@ hresult unregister_rgb_status(Device& device);
 hresult register_rgb_stopped(Device& device, vexcap_rgb_stopped_callback callback, void* context);
 hresult unregister_rgb_stopped(Device& device);
 
-}  // namespace vexcap::api
+}  // namespace vexcap::device

@@ -6,7 +6,7 @@
 #include "capture/frame_rate.h"
 #include "log/log.h"
 
-namespace vexcap::api {
+namespace vexcap::device {
 namespace {
 
 // The format code tried when the host's stream type is missing on a 1080p request.
@@ -24,7 +24,7 @@ hresult set_on_temporary_device(const std::wstring& device_id, const vexcap_open
   if (!temporary) return HR_FAIL;
   const hresult opened = temporary->open(device_id, params);
   if (failed(opened)) return opened;
-  const hresult result = controls::set_device_property(*temporary->exclusive_client(), property);
+  const hresult result = capture::set_device_property(*temporary->exclusive_client(), property);
   temporary->close();
   return result;
 }
@@ -35,12 +35,12 @@ hresult Device::set_property(const vexcap_property& property) {
   if (property.id == VEXCAP_PROP_AUTO_EXPOSURE && property.value == VEXCAP_AUTO_EXPOSURE_OFF) {
     return switch_auto_exposure_off(property);
   }
-  const hresult result = controls::set_device_property(*exclusive_, property);
+  const hresult result = capture::set_device_property(*exclusive_, property);
   switch (property.id) {
     case VEXCAP_PROP_STREAM_TYPE_APPLY:
       return finish_stream_type_apply(property.value, result);
     case VEXCAP_PROP_RGB_OFF:  // both clients give the colour stream up
-      return controls::set_device_property(*shared_, property);
+      return capture::set_device_property(*shared_, property);
     default:
       return result;
   }
@@ -56,7 +56,7 @@ hresult Device::switch_auto_exposure_off(const vexcap_property& property) {
   int start_error = 0;
   try {
     worker = std::make_unique<WorkerThread>([client = exclusive_] {
-      controls::set_device_property(*client, {VEXCAP_PROP_AUTO_EXPOSURE, VEXCAP_AUTO_EXPOSURE_OFF});
+      capture::set_device_property(*client, {VEXCAP_PROP_AUTO_EXPOSURE, VEXCAP_AUTO_EXPOSURE_OFF});
     });
   } catch (const std::system_error& error) {
     start_error = error.code().value();
@@ -81,11 +81,11 @@ hresult Device::switch_auto_exposure_off(const vexcap_property& property) {
 hresult Device::finish_stream_type_apply(std::uint32_t format_code, hresult result) {
   if (result == HR_NOTIMPL) {
     if (format_code == VEXCAP_FORMAT_HIRES_1080P) {
-      return controls::set_device_property(*exclusive_, {VEXCAP_PROP_STREAM_TYPE_APPLY, kFallbackFromFullHd});
+      return capture::set_device_property(*exclusive_, {VEXCAP_PROP_STREAM_TYPE_APPLY, kFallbackFromFullHd});
     }
     // The code names a rate the camera has no format for: the shared client drops frames instead.
-    controls::set_device_property(*exclusive_, {VEXCAP_PROP_STREAM_TYPE_APPLY, kFrameRateFallbackFormat});
-    const std::uint32_t frames_per_second = frames::frames_per_second_for_code(format_code);
+    capture::set_device_property(*exclusive_, {VEXCAP_PROP_STREAM_TYPE_APPLY, kFrameRateFallbackFormat});
+    const std::uint32_t frames_per_second = capture::frames_per_second_for_code(format_code);
     shared_->set_frame_rate_limit(frames_per_second);
     return format_code != 0 && frames_per_second == 0 ? HR_NOINTERFACE : HR_OK;
   }
@@ -105,4 +105,4 @@ hresult Device::finish_stream_type_apply(std::uint32_t format_code, hresult resu
   return result;
 }
 
-}  // namespace vexcap::api
+}  // namespace vexcap::device

@@ -8,7 +8,7 @@
 #include <memory>
 #include <mutex>
 
-namespace vexcap::api {
+namespace vexcap::device {
 
 class Device;
 
@@ -30,4 +30,4 @@ class OpenDevices {
   std::weak_ptr<Device> slots_[2];  // guarded by mutex_; never keeps a device alive
 };
 
-}  // namespace vexcap::api
+}  // namespace vexcap::device

@@ -7,7 +7,7 @@
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
 
-namespace vexcap::client {
+namespace vexcap::sources {
 
 namespace {
 
@@ -164,4 +164,4 @@ hresult query_targeted_location(std::uint32_t* panel) {
   });
 }
 
-}  // namespace vexcap::client
+}  // namespace vexcap::sources

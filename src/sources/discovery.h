@@ -7,7 +7,7 @@
 
 #include "common/hresult.h"
 
-namespace vexcap::client {
+namespace vexcap::sources {
 
 // Sets capabilities[kind class] to 1 for every source of the group whose id equals `group_id`
 // (classes: 0 colour, 1 infrared, 2 depth, 3 other). Never clears a byte. 0x80000016 when no
@@ -35,4 +35,4 @@ hresult query_device_locations(const std::wstring& id_text, std::uint8_t* locati
 // is left as it was when none has. Always 0.
 hresult query_targeted_location(std::uint32_t* panel);
 
-}  // namespace vexcap::client
+}  // namespace vexcap::sources

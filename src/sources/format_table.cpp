@@ -4,7 +4,7 @@
 
 #include "log/log.h"
 
-namespace vexcap::client {
+namespace vexcap::sources {
 
 namespace {
 
@@ -91,4 +91,4 @@ bool table_has_subtype(const FormatTable& table, const std::wstring& subtype) {
   return false;
 }
 
-}  // namespace vexcap::client
+}  // namespace vexcap::sources

@@ -11,7 +11,7 @@
 
 #include "platform/port.h"
 
-namespace vexcap::client {
+namespace vexcap::sources {
 
 struct FormatEntry {
   std::wstring subtype;
@@ -44,4 +44,4 @@ FormatTable collect_format_table(const std::vector<std::shared_ptr<platform::Fra
 
 bool table_has_subtype(const FormatTable& table, const std::wstring& subtype);
 
-}  // namespace vexcap::client
+}  // namespace vexcap::sources

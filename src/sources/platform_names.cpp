@@ -1,6 +1,6 @@
 #include "sources/platform_names.h"
 
-namespace vexcap::client {
+namespace vexcap::sources {
 
 using namespace platform;
 
@@ -103,4 +103,4 @@ SourceKind source_kind_for_reader(std::uint32_t reader_kind) {
   }
 }
 
-}  // namespace vexcap::client
+}  // namespace vexcap::sources

@@ -3,7 +3,7 @@
 
 #include "platform/port.h"
 
-namespace vexcap::client {
+namespace vexcap::sources {
 
 const wchar_t* name_of(platform::SourceKind kind);
 const wchar_t* name_of(platform::StreamType type);
@@ -17,4 +17,4 @@ inline const wchar_t* name_of(bool value) { return value ? L"true" : L"false"; }
 // The frame-source kind a reader kind asks for: 0 Color, 1 Infrared, 2 Depth, else Custom.
 platform::SourceKind source_kind_for_reader(std::uint32_t reader_kind);
 
-}  // namespace vexcap::client
+}  // namespace vexcap::sources

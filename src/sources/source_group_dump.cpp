@@ -3,7 +3,7 @@
 #include "sources/platform_names.h"
 #include "log/log.h"
 
-namespace vexcap::client {
+namespace vexcap::sources {
 
 namespace {
 
@@ -74,4 +74,4 @@ void dump_source_group(const platform::SourceGroup* group, std::uint32_t index) 
   VXLOG('D', "------------------------------------\n");
 }
 
-}  // namespace vexcap::client
+}  // namespace vexcap::sources

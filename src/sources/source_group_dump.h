@@ -5,8 +5,8 @@
 
 #include "platform/port.h"
 
-namespace vexcap::client {
+namespace vexcap::sources {
 
 void dump_source_group(const platform::SourceGroup* group, std::uint32_t index);
 
-}  // namespace vexcap::client
+}  // namespace vexcap::sources

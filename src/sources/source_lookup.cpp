@@ -1,6 +1,6 @@
 #include "sources/source_lookup.h"
 
-namespace vexcap::client {
+namespace vexcap::sources {
 
 std::shared_ptr<platform::SourceGroup> find_group_with_kind(
     const std::vector<std::shared_ptr<platform::SourceGroup>>& groups, const std::wstring& id,
@@ -35,4 +35,4 @@ platform::StreamType stream_type_to_read(const platform::SourceInfo& info, platf
   return usb ? platform::StreamType::VideoRecord : default_type;
 }
 
-}  // namespace vexcap::client
+}  // namespace vexcap::sources

@@ -8,7 +8,7 @@
 
 #include "platform/port.h"
 
-namespace vexcap::client {
+namespace vexcap::sources {
 
 // The first group, in enumeration order, that has a source of `kind` and whose id equals `id`
 // exactly (case-sensitive); null when none does.
@@ -24,4 +24,4 @@ platform::StreamType default_stream_type(const std::vector<std::shared_ptr<platf
 // The stream a source is read from: USB cameras always from their record stream.
 platform::StreamType stream_type_to_read(const platform::SourceInfo& info, platform::StreamType default_type);
 
-}  // namespace vexcap::client
+}  // namespace vexcap::sources

@@ -377,7 +377,7 @@ TEST_F(DeviceProperties, FrameRateCodeWithoutAFormatLimitsTheSharedStream) {
   EXPECT_EQ(vc::records().format_changes[0].format.height, 480u);
 
   // Start after the process-wide last accepted frame, so the first frame here passes.
-  const std::int64_t behind = frames::last_accepted_frame_time() * 10 - vc::now();
+  const std::int64_t behind = capture::last_accepted_frame_time() * 10 - vc::now();
   vc::advance_time(10s + std::chrono::nanoseconds(std::max<std::int64_t>(behind, 0) * 100));
   Counter counter;
   ASSERT_EQ(vexcap_start_streaming(device_, &Counter::receive, &counter), VEXCAP_OK);

@@ -10,7 +10,7 @@
 #include "platform/virtual/virtual_camera.h"
 #include "support/log_capture.h"
 
-namespace vexcap::client {
+namespace vexcap::capture {
 namespace {
 
 namespace vc = virtual_camera;
@@ -55,7 +55,7 @@ vc::Scenario one_group(const std::wstring& id, std::vector<vc::SourceModel> sour
 
 std::wstring default_group_id() { return *vc::default_scenario().groups.at(0).id; }
 
-class CaptureClient : public ::testing::Test {
+class CaptureClientTest : public ::testing::Test {
  protected:
   void SetUp() override {
     vc::reset();
@@ -63,15 +63,15 @@ class CaptureClient : public ::testing::Test {
   }
   void TearDown() override { vc::reset(); }
   // A client whose log lines the test sees.
-  std::shared_ptr<VexCap> create(std::uint32_t stream_mode) {
-    auto client = VexCap::create(stream_mode);
+  std::shared_ptr<CaptureClient> create(std::uint32_t stream_mode) {
+    auto client = CaptureClient::create(stream_mode);
     log.resume();
     return client;
   }
   testing::LogCapture log;
 };
 
-TEST_F(CaptureClient, UsbCameraIsReadFromItsRecordStream) {
+TEST_F(CaptureClientTest, UsbCameraIsReadFromItsRecordStream) {
   const std::vector<vc::FormatModel> formats = {format(L"NV12", 640, 480, 30)};
   vc::use_scenario(one_group(kUsbGroup, {source(SourceKind::Color, StreamType::VideoPreview, kUsbGroup, formats),
                                          source(SourceKind::Color, StreamType::VideoRecord, kUsbGroup, formats)}));
@@ -82,7 +82,7 @@ TEST_F(CaptureClient, UsbCameraIsReadFromItsRecordStream) {
   EXPECT_EQ(client->device_id(), kUsbGroup);
 }
 
-TEST_F(CaptureClient, OtherCamerasAreReadFromTheirPreviewStream) {
+TEST_F(CaptureClientTest, OtherCamerasAreReadFromTheirPreviewStream) {
   const std::vector<vc::FormatModel> formats = {format(L"NV12", 640, 480, 30)};
   vc::use_scenario(one_group(kPlainGroup, {source(SourceKind::Color, StreamType::VideoRecord, kPlainGroup, formats),
                                            source(SourceKind::Color, StreamType::VideoPreview, kPlainGroup, formats),
@@ -94,7 +94,7 @@ TEST_F(CaptureClient, OtherCamerasAreReadFromTheirPreviewStream) {
   EXPECT_EQ(client->second_source()->info().stream_type, StreamType::Photo);
 }
 
-TEST_F(CaptureClient, GroupsAreMatchedByExactIdAndByTheWantedSourceKind) {
+TEST_F(CaptureClientTest, GroupsAreMatchedByExactIdAndByTheWantedSourceKind) {
   vc::use_scenario(vc::default_scenario());
   std::wstring upper = default_group_id();
   for (auto& c : upper) c = static_cast<wchar_t>(std::towupper(c));
@@ -106,7 +106,7 @@ TEST_F(CaptureClient, GroupsAreMatchedByExactIdAndByTheWantedSourceKind) {
   EXPECT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_INVALID_STATE);
 }
 
-TEST_F(CaptureClient, OnlyTheExclusiveClientWatchesFailuresAndSwitchesLlcOn) {
+TEST_F(CaptureClientTest, OnlyTheExclusiveClientWatchesFailuresAndSwitchesLlcOn) {
   vc::use_scenario(vc::default_scenario());
   auto shared = create(0);
   ASSERT_EQ(shared->initialize(default_group_id(), 1, 0, 0), HR_OK);
@@ -131,7 +131,7 @@ TEST_F(CaptureClient, OnlyTheExclusiveClientWatchesFailuresAndSwitchesLlcOn) {
   EXPECT_TRUE(log.contains("E: Media capture failed. Notifying the main thread..."));
 }
 
-TEST_F(CaptureClient, UnknownStreamModesAreLoggedAndShareTheCamera) {
+TEST_F(CaptureClientTest, UnknownStreamModesAreLoggedAndShareTheCamera) {
   vc::use_scenario(vc::default_scenario());
   auto client = create(7);
   ASSERT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_OK);
@@ -140,7 +140,7 @@ TEST_F(CaptureClient, UnknownStreamModesAreLoggedAndShareTheCamera) {
   EXPECT_EQ(vc::session_count(default_group_id(), platform::SharingMode::ExclusiveControl), 0);
 }
 
-TEST_F(CaptureClient, EnableStreamTypeChecksStateRangeFormatsAndTable) {
+TEST_F(CaptureClientTest, EnableStreamTypeChecksStateRangeFormatsAndTable) {
   vc::use_scenario(vc::default_scenario());
   auto idle = create(1);
   EXPECT_EQ(idle->enable_stream_type(2, 0), HR_INVALID_STATE);
@@ -163,4 +163,4 @@ TEST_F(CaptureClient, EnableStreamTypeChecksStateRangeFormatsAndTable) {
 }
 
 }  // namespace
-}  // namespace vexcap::client
+}  // namespace vexcap::capture

@@ -14,7 +14,7 @@
 #include "platform/virtual/virtual_camera.h"
 #include "support/log_capture.h"
 
-namespace vexcap::client {
+namespace vexcap::capture {
 namespace {
 
 namespace vc = virtual_camera;
@@ -57,7 +57,7 @@ class ClientEvents : public ::testing::Test {
     vc::Scenario scenario = vc::default_scenario();
     scenario.clock = vc::ClockMode::Manual;  // the worker's reader never sees a frame
     vc::use_scenario(scenario);
-    client_ = VexCap::create(1);  // no failure notifier: a failure is not recovered here
+    client_ = CaptureClient::create(1);  // no failure notifier: a failure is not recovered here
     log_.resume();
     ASSERT_EQ(client_->initialize(group_id(), 1, 0, 0), HR_OK);
   }
@@ -66,7 +66,7 @@ class ClientEvents : public ::testing::Test {
     vc::reset();
   }
   testing::LogCapture log_;
-  std::shared_ptr<VexCap> client_;
+  std::shared_ptr<CaptureClient> client_;
 };
 
 TEST_F(ClientEvents, TheHostHearsThePlatformStatusWithTheEventsText) {
@@ -121,11 +121,11 @@ TEST_F(ClientEvents, SwitchingOffWithoutAnRgbStoppedCallbackWaitsForNothing) {
 }
 
 TEST_F(ClientEvents, AnUninitializedClientRegistersNoRgbStoppedWorker) {
-  auto idle = VexCap::create(1);
+  auto idle = CaptureClient::create(1);
   ASSERT_EQ(idle->register_rgb_stopped(on_rgb_stopped, nullptr), HR_OK);
   std::this_thread::sleep_for(50ms);
   EXPECT_EQ(exclusive_sessions(), 1);  // only the initialized client's
 }
 
 }  // namespace
-}  // namespace vexcap::client
+}  // namespace vexcap::capture

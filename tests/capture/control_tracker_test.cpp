@@ -3,11 +3,11 @@
 
 #include "capture/control_tracker.h"
 
-namespace vexcap::frames {
+namespace vexcap::capture {
 namespace {
 
 TEST(ControlTracker, NothingIsReportedBeforeTheFirstSet) {
-  ControlTracker tracker;
+  capture::ControlTracker tracker;
   tracker.set_valid_now(TrackedControl::Exposure, true);  // valid now, but never changed
   for (int frame = 0; frame < 8; ++frame) {
     const ControlReport report = tracker.next_frame();
@@ -18,7 +18,7 @@ TEST(ControlTracker, NothingIsReportedBeforeTheFirstSet) {
 }
 
 TEST(ControlTracker, AChangeIsReportedFromTheFifthFrameOn) {
-  ControlTracker tracker;
+  capture::ControlTracker tracker;
   tracker.store_exposure(2500);
   for (int frame = 1; frame <= 4; ++frame) {
     EXPECT_FALSE(tracker.next_frame().report_exposure) << "frame " << frame;
@@ -33,7 +33,7 @@ TEST(ControlTracker, AChangeIsReportedFromTheFifthFrameOn) {
 }
 
 TEST(ControlTracker, AValidNowControlIsReportedAtOnce) {
-  ControlTracker tracker;
+  capture::ControlTracker tracker;
   tracker.set_valid_now(TrackedControl::IsoSpeed, true);
   tracker.store_iso_speed(400);
   tracker.store_led_power(7);
@@ -44,7 +44,7 @@ TEST(ControlTracker, AValidNowControlIsReportedAtOnce) {
 }
 
 TEST(ControlTracker, ANewValueStartsTheCountAgain) {
-  ControlTracker tracker;
+  capture::ControlTracker tracker;
   tracker.store_led_power(10);
   for (int frame = 0; frame < 6; ++frame) tracker.next_frame();
   tracker.store_led_power(20);
@@ -55,7 +55,7 @@ TEST(ControlTracker, ANewValueStartsTheCountAgain) {
 }
 
 TEST(ControlTracker, SettingTheSameValueLeavesTheCountAsItWas) {
-  ControlTracker tracker;
+  capture::ControlTracker tracker;
   tracker.store_iso_speed(800);
   for (int frame = 0; frame < 3; ++frame) tracker.next_frame();
   tracker.store_iso_speed(800);  // no restart: two more frames reach the fifth
@@ -64,10 +64,10 @@ TEST(ControlTracker, SettingTheSameValueLeavesTheCountAsItWas) {
 }
 
 TEST(ControlTracker, StoringTheInitialValueMarksNothingChanged) {
-  ControlTracker tracker;
+  capture::ControlTracker tracker;
   tracker.store_exposure(0);
   for (int frame = 0; frame < 6; ++frame) EXPECT_FALSE(tracker.next_frame().report_exposure);
 }
 
 }  // namespace
-}  // namespace vexcap::frames
+}  // namespace vexcap::capture

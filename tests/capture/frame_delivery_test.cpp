@@ -18,7 +18,7 @@
 #include "platform/virtual/virtual_camera.h"
 #include "support/log_capture.h"
 
-namespace vexcap::frames {
+namespace vexcap::capture {
 namespace {
 
 namespace vc = virtual_camera;
@@ -62,7 +62,7 @@ class FrameDelivery : public ::testing::Test {
     scenario.clock = vc::ClockMode::Manual;
     edit(scenario.groups.at(0).sources.at(index));
     vc::use_scenario(scenario);
-    client_ = client::VexCap::create(mode);
+    client_ = capture::CaptureClient::create(mode);
     log.resume();
     ASSERT_EQ(client_->initialize(group_id(), mode, 640, 480), HR_OK);
     // Start well after the process-wide last accepted frame of earlier tests, so that the
@@ -83,7 +83,7 @@ class FrameDelivery : public ::testing::Test {
 
   Collector collector;
   testing::LogCapture log;
-  std::shared_ptr<client::VexCap> client_;
+  std::shared_ptr<capture::CaptureClient> client_;
   std::int64_t start_time = 0;
 };
 
@@ -130,10 +130,10 @@ class FrameDeliveryAtEveryLevel : public FrameDelivery {
       s.formats = {format(L"NV12", 20, angle)};
       s.stride_padding = 16;
     });
-    const FrameLayout layout{kNv12, 640, 480, 656};
+    const frames::FrameLayout layout{frames::kNv12, 640, 480, 656};
     std::uint32_t n = 0;
-    for (SimdLevel level : {SimdLevel::Scalar, SimdLevel::Sse2, SimdLevel::Avx2, SimdLevel::Avx512}) {
-      ScopedSimdCap cap(level);
+    for (frames::SimdLevel level : {frames::SimdLevel::Scalar, frames::SimdLevel::Sse2, frames::SimdLevel::Avx2, frames::SimdLevel::Avx512}) {
+      frames::ScopedSimdCap cap(level);
       vc::advance_time(50ms);
       ASSERT_EQ(collector.frames.size(), n + 1);
       const vexcap_frame& f = *collector.frames[n];
@@ -143,21 +143,21 @@ class FrameDeliveryAtEveryLevel : public FrameDelivery {
         EXPECT_EQ(f.stride, 656);
       } else if (angle == 180) {
         std::vector<std::uint8_t> turned(expected.size());
-        ASSERT_TRUE(rotate_half_turn_copy(layout, expected.data(), expected.size(), turned.data(),
-                                          pixel_kernels_at(SimdLevel::Scalar)));
+        ASSERT_TRUE(frames::rotate_half_turn_copy(layout, expected.data(), expected.size(), turned.data(),
+                                          frames::pixel_kernels_at(frames::SimdLevel::Scalar)));
         expected = std::move(turned);
         EXPECT_EQ(f.stride, 656);
       } else {
         std::vector<std::uint8_t> turned(640 * 480 * 3 / 2);
-        ASSERT_TRUE(rotate_quarter_turn(layout, expected.data(),
-                                        angle == 90 ? Rotation::By90 : Rotation::By270,
+        ASSERT_TRUE(frames::rotate_quarter_turn(layout, expected.data(),
+                                        angle == 90 ? frames::Rotation::By90 : frames::Rotation::By270,
                                         turned.data()));
         expected = std::move(turned);
         EXPECT_EQ(f.width, 480u);
         EXPECT_EQ(f.stride, 480);
       }
       ASSERT_EQ(std::vector<std::uint8_t>(f.data, f.data + expected.size()), expected)
-          << simd_level_name(level);
+          << frames::simd_level_name(level);
     }
   }
 };
@@ -293,4 +293,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const ::testing::TestParamInfo<SubtypeCase>& info) { return std::string(info.param.name); });
 
 }  // namespace
-}  // namespace vexcap::frames
+}  // namespace vexcap::capture

@@ -5,7 +5,7 @@
 #include "capture/shutdown_test.h"
 #include "support/log_capture.h"
 
-namespace vexcap::client {
+namespace vexcap::capture {
 namespace {
 
 // Only the shutdown query matters to the test; every other operation is out of reach.
@@ -53,4 +53,4 @@ TEST(ShutdownTest, AShutdownAnswersItsOwnResult) {
 }
 
 }  // namespace
-}  // namespace vexcap::client
+}  // namespace vexcap::capture

@@ -8,19 +8,19 @@
 #include "device/client_init_thread.h"
 #include "support/log_capture.h"
 
-namespace vexcap::api {
+namespace vexcap::device {
 namespace {
 
 TEST(ClientInitThread, AnswersWhatTheInitializationReturned) {
   std::thread::id caller = std::this_thread::get_id();
   std::thread::id ran_on;
-  EXPECT_EQ(run_client_initialization([&] {
+  EXPECT_EQ(device::run_client_initialization([&] {
               ran_on = std::this_thread::get_id();
               return HR_INVALID_STATE;
             }),
             HR_INVALID_STATE);
   EXPECT_NE(ran_on, caller);
-  EXPECT_EQ(run_client_initialization([] { return HR_OK; }), HR_OK);
+  EXPECT_EQ(device::run_client_initialization([] { return HR_OK; }), HR_OK);
 }
 
 // The real limit: the one test that waits 10 seconds.
@@ -33,7 +33,7 @@ TEST(ClientInitThread, InitializationBeyondTheLimitTimesOut) {
     bool finished = false;
   };
   auto gate = std::make_shared<Gate>();
-  const hresult result = run_client_initialization([gate] {
+  const hresult result = device::run_client_initialization([gate] {
     std::unique_lock<std::mutex> lock(gate->mutex);
     gate->changed.wait(lock, [&] { return gate->release; });
     gate->finished = true;
@@ -51,4 +51,4 @@ TEST(ClientInitThread, InitializationBeyondTheLimitTimesOut) {
 }
 
 }  // namespace
-}  // namespace vexcap::api
+}  // namespace vexcap::device

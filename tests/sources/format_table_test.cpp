@@ -2,7 +2,7 @@
 
 #include "sources/format_table.h"
 
-namespace vexcap::client {
+namespace vexcap::sources {
 namespace {
 
 class Format final : public platform::FrameFormat {
@@ -108,4 +108,4 @@ TEST(FormatTable, NoAcceptedFormatGivesAnEmptyTable) {
 }
 
 }  // namespace
-}  // namespace vexcap::client
+}  // namespace vexcap::sources
