@@ -123,7 +123,7 @@ void deliver(benchmark::State& state, const Stream& stream, Cache cache) {
 
   const std::uint32_t kind = stream.source == 0 ? 1 : 0;
   HeldRecords host(held_for(cache), &return_record);
-  std::shared_ptr<capture::CaptureClient> client = capture::CaptureClient::create(kind);
+  std::shared_ptr<capture::CaptureClient> client = capture::CaptureClient::create(platform::current(), kind);
   if (client->initialize(*scenario.groups.at(0).id, kind, std::uint16_t(stream.width),
                          std::uint16_t(stream.height)) != HR_OK ||
       client->start_streaming(&take_record, &host) != HR_OK) {

@@ -119,8 +119,8 @@ Reply reply(FuzzedDataProvider& input) {
   const std::size_t length = input.ConsumeIntegralInRange<std::size_t>(0, 600);
   r.data = input.ConsumeBytes<std::uint8_t>(length);
   if (input.ConsumeBool() && r.data.size() >= 8) {  // a descriptor carrying a unit's signature
-    const auto guid = controls::ks::guid_bytes(input.ConsumeBool() ? controls::ids::kExtensionUnit1
-                                                         : controls::ids::kExtensionUnit2);
+    const auto guid = controls::ks::guid_bytes(input.ConsumeBool() ? controls::ids::kPrimaryExtensionUnit
+                                                         : controls::ids::kAlternativeExtensionUnit);
     const std::size_t at = input.ConsumeIntegralInRange<std::size_t>(0, r.data.size() - 8);
     std::copy_n(guid.begin(), 8, r.data.begin() + at);
   }
@@ -144,8 +144,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   unit.load(driver, input.ConsumeIntegralInRange<std::uint32_t>(0, 3));
   require(unit.processing_node() == controls::ExtensionUnit::kNoNode ||
           unit.processing_node() < nodes);
-  require(!unit.unit1().found || unit.unit1().node_id < nodes);
-  require(!unit.unit2().found || unit.unit2().node_id < nodes);
+  require(!unit.primary_unit().found || unit.primary_unit().node_id < nodes);
+  require(!unit.alternative_unit().found || unit.alternative_unit().node_id < nodes);
 
   // Every read and write, in an order the input picks. Failed reads keep the value.
   constexpr std::uint32_t kUntouched = 0xDEADBEEF;
@@ -176,7 +176,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         unit.write_led_power(input.ConsumeIntegral<std::uint32_t>());
         continue;
       default:
-        unit.write_unit1_control18(input.ConsumeIntegral<std::uint8_t>());
+        unit.write_primary_control18(input.ConsumeIntegral<std::uint8_t>());
         continue;
     }
     if (failed(result)) require(value == kUntouched);

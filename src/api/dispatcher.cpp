@@ -97,18 +97,18 @@ hresult Dispatcher::run_handler(std::uint32_t message, std::uintptr_t wparam, st
     case kMsgRuntimeStartup:
       return runtime_.start();
     case kMsgDeviceCapabilities:
-      return sources::query_device_capabilities(from_param<const wchar_t>(wparam),
+      return sources::query_device_capabilities(*device_environment_.platform, from_param<const wchar_t>(wparam),
                                                from_param<ResultPointerArg<std::uint8_t>>(lparam)->result);
     case kMsgDeviceLocations:
-      return sources::query_device_locations(from_param<const wchar_t>(wparam),
+      return sources::query_device_locations(*device_environment_.platform, from_param<const wchar_t>(wparam),
                                             from_param<ResultPointerArg<std::uint8_t>>(lparam)->result);
     case kMsgSourceGroupType:
-      return sources::query_source_group_type(from_param<ResultPointerArg<std::uint32_t>>(lparam)->result);
+      return sources::query_source_group_type(*device_environment_.platform, from_param<ResultPointerArg<std::uint32_t>>(lparam)->result);
     case kMsgTargetedLocation:
-      return sources::query_targeted_location(from_param<ResultPointerArg<std::uint32_t>>(lparam)->result);
+      return sources::query_targeted_location(*device_environment_.platform, from_param<ResultPointerArg<std::uint32_t>>(lparam)->result);
     case kMsgSourceGroupTypeForVidPid: {
       const auto* texts = from_param<VidPidTextArgs>(wparam);
-      return sources::query_source_group_type_for_vid_pid(
+      return sources::query_source_group_type_for_vid_pid(*device_environment_.platform, 
           texts->vid, texts->pid, from_param<ResultPointerArg<std::uint32_t>>(lparam)->result);
     }
     case kMsgDeviceOpen:
@@ -166,7 +166,7 @@ void Dispatcher::handle_vid_pid_used(std::uintptr_t wparam, std::intptr_t lparam
   const auto* texts = from_param<VidPidArgs>(lparam);
   bool used = false;
   try {
-    sources::query_vid_pid_used(from_param<const wchar_t>(wparam), texts->vid, texts->pid, &used);
+    sources::query_vid_pid_used(*device_environment_.platform, from_param<const wchar_t>(wparam), texts->vid, texts->pid, &used);
   } catch (const platform::PlatformError& error) {
     VXLOG('E', "exception: %ws", error.message().c_str());
   }

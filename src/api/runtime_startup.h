@@ -15,9 +15,6 @@ class RuntimeLifetime {
   // Shuts down what is started; a failed MFShutdown keeps its flag so the next try repeats it.
   void shutdown();
 
-  bool windows_runtime_initialized() const { return ro_initialized_; }
-  bool media_foundation_started() const { return mf_started_; }
-
  private:
   platform::Runtime& runtime_;
   bool ro_initialized_ = false;

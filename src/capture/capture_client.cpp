@@ -19,14 +19,14 @@ namespace {
 
 constexpr auto kApplyFormatRun = std::chrono::milliseconds(100);
 
-platform::SharingMode sharing_mode_for(std::uint32_t stream_mode) {
-  switch (stream_mode) {
+platform::SharingMode sharing_mode_for(std::uint32_t sharing) {
+  switch (sharing) {
     case 0:
       return platform::SharingMode::SharedReadOnly;
     case 1:
       return platform::SharingMode::ExclusiveControl;
     default:
-      VXLOG('E', "Unknown vexcap_stream_mode: %d, defaulting to shared", static_cast<int>(stream_mode));
+      VXLOG('E', "Unknown vexcap_stream_mode: %d, defaulting to shared", static_cast<int>(sharing));
       return platform::SharingMode::SharedReadOnly;
   }
 }
@@ -45,11 +45,12 @@ bool teardown_step(Step step) {
 
 }  // namespace
 
-std::shared_ptr<CaptureClient> CaptureClient::create(std::uint32_t stream_mode) {
-  return std::shared_ptr<CaptureClient>(new CaptureClient(stream_mode));
+std::shared_ptr<CaptureClient> CaptureClient::create(platform::Platform& platform, std::uint32_t sharing) {
+  return std::shared_ptr<CaptureClient>(new CaptureClient(platform, sharing));
 }
 
-CaptureClient::CaptureClient(std::uint32_t stream_mode) : stream_mode_(stream_mode) {
+CaptureClient::CaptureClient(platform::Platform& platform, std::uint32_t sharing)
+    : platform_(platform), sharing_(sharing), rgb_stopped_(platform) {
   log::client_constructed();
 }
 
@@ -73,16 +74,16 @@ std::wstring CaptureClient::device_id() const { return std::wstring(device_id_.d
 // ---- Initialization ------------------------------------------------------------------------
 
 hresult CaptureClient::initialize(const std::wstring& group_id, std::uint32_t reader_kind,
-                           std::uint16_t format_arg1, std::uint16_t format_arg2) {
+                           std::uint16_t preferred_width, std::uint16_t preferred_height) {
   if (initialized_) return HR_INVALID_STATE;
   last_capture_failure_ = HR_OK;
   try {
-    const auto groups = platform::current().find_all_source_groups();
+    const auto groups = platform_.find_all_source_groups();
     for (std::uint32_t i = 0; i < groups.size(); ++i) sources::dump_source_group(groups[i].get(), i);
 
     reader_kind_ = reader_kind;
-    format_arg1_ = format_arg1;
-    format_arg2_ = format_arg2;
+    preferred_width_ = preferred_width;
+    preferred_height_ = preferred_height;
 
     const auto group = find_source_group(groups, group_id, sources::source_kind_for_reader(reader_kind));
     if (!group) return HR_FAIL;
@@ -90,7 +91,7 @@ hresult CaptureClient::initialize(const std::wstring& group_id, std::uint32_t re
     initialize_media_capture(group);  // its answer is not examined: the capture decides below
     if (!capture_) return HR_FAIL;
 
-    reader_init(reader_kind, format_arg1, format_arg2);
+    reader_init(reader_kind, preferred_width, preferred_height);
     load_extension_unit(reader_kind);
     if (is_exclusive()) subscribe_to_capture_failures();
     VXLOG('D', "SourceGroup ID= %ws", group_id.c_str());
@@ -115,18 +116,17 @@ std::shared_ptr<platform::SourceGroup> CaptureClient::find_source_group(
 }
 
 bool CaptureClient::initialize_media_capture(const std::shared_ptr<platform::SourceGroup>& group) {
-  if (!capture_) capture_ = platform::current().create_capture();
+  if (!capture_) capture_ = platform_.create_capture();
   if (!capture_settings_) capture_settings_.emplace();
   platform::CaptureSettings& settings = *capture_settings_;
   settings.source_group = group;
-  settings.sharing_mode = sharing_mode_for(stream_mode_);
+  settings.sharing_mode = sharing_mode_for(sharing_);
   settings.streaming_capture_mode = platform::StreamingCaptureMode::Video;
   settings.memory_preference = platform::MemoryPreference::Cpu;
-  settings.streaming_capture_mode = platform::StreamingCaptureMode::Video;
   try {
     capture_->initialize(settings);
     last_capture_failure_ = HR_OK;
-    VXLOG('D', "MediaCapture is successfully initialized in mode %d.", static_cast<int>(stream_mode_));
+    VXLOG('D', "MediaCapture is successfully initialized in mode %d.", static_cast<int>(sharing_));
     return true;
   } catch (const PlatformError& error) {
     VXLOG('E', "Failed to initialize media capture: %ws", error.message().c_str());
@@ -146,8 +146,8 @@ void CaptureClient::drop_capture() {
   capture_.reset();
 }
 
-void CaptureClient::reader_init(std::uint32_t reader_kind, std::uint16_t format_arg1,
-                         std::uint16_t format_arg2) {
+void CaptureClient::reader_init(std::uint32_t reader_kind, std::uint16_t preferred_width,
+                         std::uint16_t preferred_height) {
   if (!source_group_ || frame_reader_ || !capture_) {
     VXLOG('E', "Wrong state for reader_init");
     return;
@@ -168,14 +168,14 @@ void CaptureClient::reader_init(std::uint32_t reader_kind, std::uint16_t format_
         property_controller_ = source->controller();
         const bool colour = info.kind == platform::SourceKind::Color;
         VXLOG('D', "SourceKindr= %ws", sources::name_of(info.kind));
-        format_table_ = sources::collect_format_table(source->supported_formats(), colour, format_arg1, format_arg2);
+        format_table_ = sources::collect_format_table(source->supported_formats(), colour, preferred_width, preferred_height);
         // RGB24 frames are converted by the library; everything else is asked for as NV12.
         const std::optional<std::wstring> subtype =
             table_has_subtype(format_table_, L"RGB24") ? std::nullopt
                                                        : std::optional<std::wstring>(L"NV12");
         frame_reader_ = capture_->create_frame_reader(source, subtype);
         frame_reader_->set_acquisition_mode(platform::AcquisitionMode::Realtime);
-        VXLOG('D', "Reader for mode %d is created", static_cast<int>(stream_mode_));
+        VXLOG('D', "Reader for mode %d is created", static_cast<int>(sharing_));
       } else if (info.kind == wanted_kind && info.stream_type == platform::StreamType::Photo) {
         second_source_ = source;
       }
@@ -188,7 +188,7 @@ void CaptureClient::reader_init(std::uint32_t reader_kind, std::uint16_t format_
 
 void CaptureClient::load_extension_unit(std::uint32_t reader_kind) {
   xu_control_ = std::make_unique<controls::ExtensionUnit>();
-  const hresult loaded = xu_control_->load(platform::current(), reader_kind);
+  const hresult loaded = xu_control_->load(platform_, reader_kind);
   if (failed(loaded)) VXLOG('I', "XU control not available or couldn't be loaded: %08x", loaded);
 }
 
@@ -253,7 +253,7 @@ void CaptureClient::handle_capture_failure() {
       VXLOG('E', "Failed restarting failed media capture: %ws", L"the new capture could not be initialized");
       return;
     }
-    reader_init(reader_kind_, format_arg1_, format_arg2_);
+    reader_init(reader_kind_, preferred_width_, preferred_height_);
     subscribe_to_capture_failures();
     VXLOG('I', "Reader restarted.");
   } catch (const PlatformError& error) {
@@ -283,10 +283,7 @@ hresult CaptureClient::enable_stream_type(std::int32_t format_index, std::uint32
   if (entry->second.position >= formats.size()) return HR_NOTIMPL;
 
   frame_source_->set_format(formats[entry->second.position]);
-  if (apply_flag != 1) {
-    format_set_mark_ = 1;
-    return HR_OK;
-  }
+  if (apply_flag != 1) return HR_OK;
 
   try {
     frame_reader_->start();

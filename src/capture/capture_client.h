@@ -33,16 +33,17 @@ constexpr std::size_t kDeviceIdCapacity = 260;
 
 class CaptureClient : public std::enable_shared_from_this<CaptureClient> {
  public:
-  // stream_mode: 0 shared, 1 exclusive, anything else logged and treated as shared.
-  static std::shared_ptr<CaptureClient> create(std::uint32_t stream_mode);
+  // `sharing` (a vexcap_stream_mode): 0 shared, 1 exclusive, anything else logged and treated as
+  // shared. The client's sessions, readers and extension unit come from `platform`.
+  static std::shared_ptr<CaptureClient> create(platform::Platform& platform, std::uint32_t sharing);
   ~CaptureClient();
   CaptureClient(const CaptureClient&) = delete;
   CaptureClient& operator=(const CaptureClient&) = delete;
 
   // Binds the client to the source group `group_id` and creates its reader for `reader_kind`.
   hresult initialize(const std::wstring& group_id, std::uint32_t reader_kind,
-                     std::uint16_t format_arg1, std::uint16_t format_arg2);
-  void reader_init(std::uint32_t reader_kind, std::uint16_t format_arg1, std::uint16_t format_arg2);
+                     std::uint16_t preferred_width, std::uint16_t preferred_height);
+  void reader_init(std::uint32_t reader_kind, std::uint16_t preferred_width, std::uint16_t preferred_height);
   // True when the capture instance is ready; its callers go on whatever it answers. A capture
   // whose initialization failed is spent (the platform refuses to initialize it again): it is
   // closed and dropped, so the client holds none and the next attempt starts afresh.
@@ -68,14 +69,13 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient> {
   // cleared (or closed) since the failure is left alone.
   void handle_capture_failure();
 
-  std::uint32_t stream_mode() const { return stream_mode_; }
-  bool is_exclusive() const { return stream_mode_ == 1; }
+  bool is_exclusive() const { return sharing_ == VEXCAP_STREAM_MODE_EXCLUSIVE; }
+  platform::Platform& platform() const { return platform_; }
   bool initialized() const { return initialized_; }
   bool rgb_disabled() const { return rgb_disabled_; }
-  std::uint32_t format_set_mark() const { return format_set_mark_; }
   std::uint32_t reader_kind() const { return reader_kind_; }
-  std::uint16_t format_arg1() const { return format_arg1_; }
-  std::uint16_t format_arg2() const { return format_arg2_; }
+  std::uint16_t preferred_width() const { return preferred_width_; }
+  std::uint16_t preferred_height() const { return preferred_height_; }
   const sources::FormatTable& format_table() const { return format_table_; }
   std::wstring device_id() const;
   std::shared_ptr<platform::FrameSource> frame_source() const { return frame_source_; }
@@ -133,7 +133,7 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient> {
   hresult switch_colour_stream_off();
 
  private:
-  explicit CaptureClient(std::uint32_t stream_mode);
+  CaptureClient(platform::Platform& platform, std::uint32_t sharing);
 
   std::shared_ptr<platform::SourceGroup> find_source_group(
       const std::vector<std::shared_ptr<platform::SourceGroup>>& groups, const std::wstring& id,
@@ -149,13 +149,13 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient> {
   hresult on_frame_arrived(platform::FrameReader& reader);
   bool can_stream() const;
 
-  const std::uint32_t stream_mode_;
+  platform::Platform& platform_;
+  const std::uint32_t sharing_;  // a vexcap_stream_mode
   RgbStoppedWorker rgb_stopped_;  // rgbStoppedLock, the pair, rgbStoppedEvent, workerLock
   bool initialized_ = false;
-  std::uint32_t format_set_mark_ = 0;
   std::uint32_t reader_kind_ = 0;
-  std::uint16_t format_arg1_ = 0;
-  std::uint16_t format_arg2_ = 0;
+  std::uint16_t preferred_width_ = 0;
+  std::uint16_t preferred_height_ = 0;
   sources::FormatTable format_table_;
   std::unique_ptr<controls::ExtensionUnit> xu_control_;
   std::shared_ptr<platform::SourceController> property_controller_;  // kept for property_target

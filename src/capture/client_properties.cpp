@@ -15,7 +15,7 @@ hresult select_stream_type(capture::CaptureClient& client, std::uint32_t format_
   const hresult result = client.enable_stream_type(static_cast<std::int32_t>(format_code), apply_flag);
   if (result != HR_OK) return result;
   const controls::ExtensionUnit* unit = client.extension_unit();
-  if (unit == nullptr || (!unit->unit1().found && !unit->unit2().found)) {
+  if (unit == nullptr || (!unit->primary_unit().found && !unit->alternative_unit().found)) {
     enable_led_power_control(client, false);  // best effort: the format is chosen either way
   }
   return HR_OK;
@@ -34,7 +34,7 @@ std::uint8_t control18_byte(std::uint32_t value) {
 
 hresult write_control18(capture::CaptureClient& client, std::uint32_t value) {
   controls::ExtensionUnit* unit = client.extension_unit();
-  return unit != nullptr ? unit->write_unit1_control18(control18_byte(value)) : HR_FAIL;
+  return unit != nullptr ? unit->write_primary_control18(control18_byte(value)) : HR_FAIL;
 }
 
 // The highest resolution the colour sensor offers: 4K, then 1080p, then 720p.

@@ -46,7 +46,6 @@ class ControlTracker {
   std::uint64_t exposure_ = 0;
   std::uint32_t iso_speed_ = 0;
   std::uint32_t led_power_ = 0;
-  std::uint32_t further_setting_ = 0;  // kept with the LED value; nothing writes it yet
   std::array<bool, 3> valid_now_{};
   std::mutex mutex_;
   std::array<bool, 3> changed_{};

@@ -51,7 +51,7 @@ std::uint32_t fill_frame(capture::CaptureClient& client, platform::Frame& frame,
   } else {
     bool converted = false;
     if (is_rgb24_frame(frame)) {
-      const hresult result = frames::convert_rgb24_frame_to_nv12(frame, platform::current(), bitmap);
+      const hresult result = frames::convert_rgb24_frame_to_nv12(frame, client.platform(), bitmap);
       status = static_cast<std::uint32_t>(result);
       converted = !failed(result);
       if (converted) record.pixel_format = static_cast<std::uint32_t>(bitmap->pixel_format());

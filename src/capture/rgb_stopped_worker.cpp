@@ -20,13 +20,12 @@ namespace {
 // frame arrives only once nobody else holds the camera.
 class Probe {
  public:
-  explicit Probe(const std::shared_ptr<platform::SourceGroup>& group)
-      : capture_(platform::current().create_capture()) {
+  Probe(platform::Platform& platform, const std::shared_ptr<platform::SourceGroup>& group)
+      : capture_(platform.create_capture()) {
     settings_.source_group = group;
     settings_.sharing_mode = platform::SharingMode::ExclusiveControl;
     settings_.streaming_capture_mode = platform::StreamingCaptureMode::Video;
     settings_.memory_preference = platform::MemoryPreference::Cpu;
-    settings_.streaming_capture_mode = platform::StreamingCaptureMode::Video;
   }
   // The pass's session ends with the pass: exclusive control is free again at once.
   ~Probe() {
@@ -76,9 +75,9 @@ class Probe {
   std::shared_ptr<platform::FrameReader> reader_;
 };
 
-std::shared_ptr<platform::SourceGroup> find_group_again(const std::wstring& device_id,
+std::shared_ptr<platform::SourceGroup> find_group_again(platform::Platform& platform, const std::wstring& device_id,
                                                         std::uint32_t reader_kind) {
-  return sources::find_group_with_kind(platform::current().find_all_source_groups(), device_id,
+  return sources::find_group_with_kind(platform.find_all_source_groups(), device_id,
                               sources::source_kind_for_reader(reader_kind));
 }
 
@@ -149,7 +148,7 @@ bool RgbStoppedWorker::probe_until_stopped(const std::wstring& device_id, std::u
     // makes a pass without a frame; the pass still waits, so a failing camera is not hammered.
     std::optional<Probe> probe;
     try {
-      probe.emplace(find_group_again(device_id, reader_kind));
+      probe.emplace(platform_, find_group_again(platform_, device_id, reader_kind));
     } catch (const PlatformError& error) {
       VXLOG('E', "exception: %ws", error.message().c_str());
     }

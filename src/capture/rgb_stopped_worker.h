@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "common/manual_reset_event.h"
+#include "platform/port.h"
 #include "vexcap/vexcap.h"
 
 namespace vexcap::capture {
@@ -29,7 +30,7 @@ class RgbStoppedWorker {
   static constexpr std::chrono::milliseconds kPassWait{1000};
   static constexpr std::chrono::milliseconds kEndWait{20000};
 
-  RgbStoppedWorker() = default;
+  explicit RgbStoppedWorker(platform::Platform& platform) : platform_(platform) {}
   // Joins a worker that has ended; one ending on this very thread (it held the last reference
   // to the client) is let go.
   ~RgbStoppedWorker();
@@ -68,6 +69,7 @@ class RgbStoppedWorker {
   void wake_passes();
   bool callback_registered();
 
+  platform::Platform& platform_;  // the passes open their own sessions on it
   std::mutex lock_;  // guards writes of the callback pair
   // Atomic: the worker reads the pair once more, without the lock, when it calls it.
   std::atomic<vexcap_rgb_stopped_callback> callback_{nullptr};

@@ -20,9 +20,9 @@ constexpr std::uint32_t kSetTopology = ks::kTypeSet | ks::kTypeTopology;
 // Control numbers on the extension units' property sets.
 constexpr std::uint32_t kUnitInfo = 0;  // KSPROPERTY_EXTENSION_UNIT_INFO: the unit's descriptor
 constexpr std::uint32_t kLedPower = 14;
-constexpr std::uint32_t kRgbStatusUnit1 = 15;
+constexpr std::uint32_t kRgbStatusOnPrimary = 15;
 constexpr std::uint32_t kControl18 = 18;
-constexpr std::uint32_t kRgbStatusUnit2 = 20;
+constexpr std::uint32_t kRgbStatusOnAlternative = 20;
 
 constexpr std::uint32_t kGain = 9;                // KSPROPERTY_VIDEOPROCAMP_GAIN
 constexpr std::uint32_t kVideoControlMode = 3;    // KSPROPERTY_VIDEOCONTROL_MODE
@@ -65,8 +65,8 @@ void log_set_failure(hresult result, std::uint32_t returned) {
 }  // namespace
 
 ExtensionUnit::ExtensionUnit()
-    : unit1_(descriptor_for(ids::kExtensionUnit1)),
-      unit2_(descriptor_for(ids::kExtensionUnit2)),
+    : primary_unit_(descriptor_for(ids::kPrimaryExtensionUnit)),
+      alternative_unit_(descriptor_for(ids::kAlternativeExtensionUnit)),
       notifier_([this](std::uint32_t& status) { return read_rgb_status(status); }) {}
 
 ExtensionUnit::~ExtensionUnit() {
@@ -100,10 +100,10 @@ hresult ExtensionUnit::load(platform::Platform& platform, std::uint32_t reader_k
   }
 
   // The second unit stands in only for cameras without the first.
-  result = find_unit(*topology, count, unit1_);
+  result = find_unit(*topology, count, primary_unit_);
   if (failed(result)) {
     VXLOG('I', "Could not find the node_1: %08x", bits(result));
-    result = find_unit(*topology, count, unit2_);
+    result = find_unit(*topology, count, alternative_unit_);
     if (failed(result)) {
       VXLOG('I', "Could not find the node_2: %08x", bits(result));
       return result;
@@ -244,7 +244,7 @@ hresult ExtensionUnit::read_gain(std::uint32_t& gain) {
 hresult ExtensionUnit::write_gain(std::uint32_t gain) {
   const std::shared_ptr<platform::KsControl> control = control_;
   if (!control) return HR_FAIL;
-  if (!unit1_.found && !unit2_.found) return HR_NOINTERFACE;
+  if (!primary_unit_.found && !alternative_unit_.found) return HR_NOINTERFACE;
 
   // Read first so the driver's Capabilities go back as they were.
   std::array<std::uint8_t, kProcAmpNodeSize> buffer{};
@@ -283,19 +283,19 @@ hresult ExtensionUnit::read_video_control_mode(std::uint32_t& mode) {
   return result;
 }
 
-// LED power and control 18 always address unit 1, found or not.
+// LED power and control 18 always address the primary unit, found or not.
 hresult ExtensionUnit::write_led_power(std::uint32_t power) {
   if (!control_) return HR_FAIL;
   std::uint8_t data[2] = {static_cast<std::uint8_t>(power != 0 ? 2 : 0),
                           static_cast<std::uint8_t>(power & 0xFF)};
-  return write_unit_control(unit1_, kLedPower, data, sizeof data);
+  return write_unit_control(primary_unit_, kLedPower, data, sizeof data);
 }
 
 hresult ExtensionUnit::read_led_power(std::uint32_t& power) {
   if (!control_) return HR_FAIL;
   std::array<std::uint8_t, kReplySize> data{};
   std::uint32_t returned = 0;
-  const hresult result = read_unit_control(unit1_, kLedPower, data, returned);
+  const hresult result = read_unit_control(primary_unit_, kLedPower, data, returned);
   if (failed(result)) {
     log_get_failure(result, returned);
     return result;
@@ -308,12 +308,12 @@ hresult ExtensionUnit::read_rgb_status(std::uint32_t& status) {
   if (!control_) return HR_FAIL;
   const ExtensionUnitDescriptor* unit = nullptr;
   std::uint32_t control_id = 0;
-  if (unit1_.found) {
-    unit = &unit1_;
-    control_id = kRgbStatusUnit1;
-  } else if (unit2_.found) {
-    unit = &unit2_;
-    control_id = kRgbStatusUnit2;
+  if (primary_unit_.found) {
+    unit = &primary_unit_;
+    control_id = kRgbStatusOnPrimary;
+  } else if (alternative_unit_.found) {
+    unit = &alternative_unit_;
+    control_id = kRgbStatusOnAlternative;
   } else {
     VXLOG('E', "no valid nodes");
     status = 0;
@@ -337,9 +337,9 @@ hresult ExtensionUnit::read_rgb_status(std::uint32_t& status) {
   return HR_OK;
 }
 
-hresult ExtensionUnit::write_unit1_control18(std::uint8_t value) {
+hresult ExtensionUnit::write_primary_control18(std::uint8_t value) {
   if (!control_) return HR_FAIL;
-  return write_unit_control(unit1_, kControl18, &value, 1);
+  return write_unit_control(primary_unit_, kControl18, &value, 1);
 }
 
 hresult ExtensionUnit::start_rgb_status_notifier(vexcap_rgb_status_callback callback,

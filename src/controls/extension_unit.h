@@ -40,12 +40,12 @@ class ExtensionUnit {
 
   // Reads leave the output as it was on failure.
   hresult read_gain(std::uint32_t& gain);
-  hresult write_gain(std::uint32_t gain);  // only on cameras carrying unit 1 or unit 2
+  hresult write_gain(std::uint32_t gain);  // only on cameras carrying either unit
   hresult read_video_control_mode(std::uint32_t& mode);
   hresult write_led_power(std::uint32_t power);
   hresult read_led_power(std::uint32_t& power);
   hresult read_rgb_status(std::uint32_t& status);
-  hresult write_unit1_control18(std::uint8_t value);
+  hresult write_primary_control18(std::uint8_t value);
 
   // The RGB-status notifier (see register_rgb_status_notifier for the registration proper).
   hresult start_rgb_status_notifier(vexcap_rgb_status_callback callback, void* context);
@@ -53,8 +53,8 @@ class ExtensionUnit {
 
   bool has_control() const { return control_ != nullptr; }
   std::uint32_t processing_node() const { return processing_node_; }
-  const ExtensionUnitDescriptor& unit1() const { return unit1_; }
-  const ExtensionUnitDescriptor& unit2() const { return unit2_; }
+  const ExtensionUnitDescriptor& primary_unit() const { return primary_unit_; }
+  const ExtensionUnitDescriptor& alternative_unit() const { return alternative_unit_; }
 
  private:
   hresult open_source(platform::Platform& platform, std::uint32_t reader_kind);
@@ -70,8 +70,8 @@ class ExtensionUnit {
   std::shared_ptr<platform::DeviceSource> source_;
   std::shared_ptr<platform::KsControl> control_;
   std::uint32_t processing_node_ = kNoNode;
-  ExtensionUnitDescriptor unit1_;
-  ExtensionUnitDescriptor unit2_;
+  ExtensionUnitDescriptor primary_unit_;
+  ExtensionUnitDescriptor alternative_unit_;
   // Last: its polling threads read through control_ and end before it goes.
   RgbStatusNotifier notifier_;
 };

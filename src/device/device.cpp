@@ -20,12 +20,12 @@ constexpr auto kWorkerJoinLimit = std::chrono::milliseconds(5000);
 }  // namespace
 
 std::shared_ptr<Device> Device::create(DeviceEnvironment environment) {
-  auto exclusive = capture::CaptureClient::create(VEXCAP_STREAM_MODE_EXCLUSIVE);
+  auto exclusive = capture::CaptureClient::create(*environment.platform, VEXCAP_STREAM_MODE_EXCLUSIVE);
   if (!exclusive) {
     VXLOG('E', "Failed creating exclusive vexcap");
     return nullptr;
   }
-  auto shared = capture::CaptureClient::create(VEXCAP_STREAM_MODE_SHARED);
+  auto shared = capture::CaptureClient::create(*environment.platform, VEXCAP_STREAM_MODE_SHARED);
   if (!shared) {
     VXLOG('E', "Failed creating shared vexcap");
     return nullptr;
@@ -97,8 +97,7 @@ hresult Device::close() {
     std::lock_guard<std::mutex> initialization(*shared_initialization_);
     shared_->clear();
   }
-  replace_worker(worker_a_, nullptr);
-  replace_worker(worker_b_, nullptr);
+  replace_worker(unsupported_format_notifier_, nullptr);
   return HR_OK;
 }
 

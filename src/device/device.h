@@ -33,10 +33,11 @@ class Device {
   // probing the camera.
   ~Device();
 
-  // The device's two worker threads (an unsupported-format notification, and one more). A
-  // replaced or closed slot waits up to 5000 ms for its previous thread.
-  void replace_worker_a(std::unique_ptr<WorkerThread> next) { replace_worker(worker_a_, std::move(next)); }
-  void replace_worker_b(std::unique_ptr<WorkerThread> next) { replace_worker(worker_b_, std::move(next)); }
+  // The thread that tells the host of an unsupported format. A replacement, and the close,
+  // wait up to 5000 ms for the previous one.
+  void replace_unsupported_format_notifier(std::unique_ptr<WorkerThread> next) {
+    replace_worker(unsupported_format_notifier_, std::move(next));
+  }
 
   // Controls run on the exclusive client; a set that succeeded also gives the shared client's
   // tracker the requested value (not a clamped one), so frames of either client report it.
@@ -75,8 +76,7 @@ class Device {
 
   std::shared_ptr<capture::CaptureClient> shared_;
   std::shared_ptr<capture::CaptureClient> exclusive_;
-  std::unique_ptr<WorkerThread> worker_a_;
-  std::unique_ptr<WorkerThread> worker_b_;
+  std::unique_ptr<WorkerThread> unsupported_format_notifier_;
   const DeviceEnvironment environment_;
   // Held by a client's initialization thread for its attempt, and by the teardown: one never
   // runs beside the other, even after an attempt outlived its time limit.

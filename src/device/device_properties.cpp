@@ -50,8 +50,8 @@ hresult Device::set_property(const vexcap_property& property) {
 // on a temporary device opened for the same camera, whose answer the host gets.
 hresult Device::switch_auto_exposure_off(const vexcap_property& property) {
   const std::wstring device_id = exclusive_->device_id();
-  const vexcap_open_params params{exclusive_->reader_kind(), exclusive_->format_arg1(),
-                                  exclusive_->format_arg2()};
+  const vexcap_open_params params{exclusive_->reader_kind(), exclusive_->preferred_width(),
+                                  exclusive_->preferred_height()};
   std::unique_ptr<WorkerThread> worker;
   int start_error = 0;
   try {
@@ -96,7 +96,7 @@ hresult Device::finish_stream_type_apply(std::uint32_t format_code, hresult resu
   if (result == kStreamTypeUnsupported) {
     // The host hears of it from a worker, so the request does not wait for its callback.
     try {
-      replace_worker_a(std::make_unique<WorkerThread>([shared = shared_] { shared->raise_unsupported_format(); }));
+      replace_unsupported_format_notifier(std::make_unique<WorkerThread>([shared = shared_] { shared->raise_unsupported_format(); }));
     } catch (const std::system_error&) {
       return HR_FAIL;
     }

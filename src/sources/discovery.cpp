@@ -42,9 +42,9 @@ bool source_has_vid_pid(const platform::SourceInfo& info, const std::wstring& vi
 
 // Runs one query over a fresh enumeration; a platform failure anywhere answers E_ABORT.
 template <typename Walk>
-hresult walk_groups(Walk&& walk) {
+hresult walk_groups(platform::Platform& platform, Walk&& walk) {
   try {
-    const auto groups = platform::current().find_all_source_groups();
+    const auto groups = platform.find_all_source_groups();
     return walk(groups);
   } catch (const platform::PlatformError& error) {
     VXLOG('E', "exception: %ws", error.message().c_str());
@@ -61,8 +61,8 @@ std::uint32_t bus_type(const std::optional<std::wstring>& id) {
 
 }  // namespace
 
-hresult query_device_capabilities(const std::wstring& group_id, std::uint8_t* capabilities) {
-  return walk_groups([&](const auto& groups) {
+hresult query_device_capabilities(platform::Platform& platform, const std::wstring& group_id, std::uint8_t* capabilities) {
+  return walk_groups(platform, [&](const auto& groups) {
     bool found = false;
     for (const auto& group : groups) {
       if (!group || group->id() != group_id) continue;  // exact, case-sensitive
@@ -73,8 +73,8 @@ hresult query_device_capabilities(const std::wstring& group_id, std::uint8_t* ca
   });
 }
 
-hresult query_source_group_type(std::uint32_t* type) {
-  return walk_groups([&](const auto& groups) {
+hresult query_source_group_type(platform::Platform& platform, std::uint32_t* type) {
+  return walk_groups(platform, [&](const auto& groups) {
     std::uint32_t answer = VEXCAP_GROUP_TYPE_OTHER;
     bool found = false;
     for (const auto& group : groups) {
@@ -92,9 +92,9 @@ hresult query_source_group_type(std::uint32_t* type) {
   });
 }
 
-hresult query_source_group_type_for_vid_pid(const std::wstring& vid, const std::wstring& pid,
+hresult query_source_group_type_for_vid_pid(platform::Platform& platform, const std::wstring& vid, const std::wstring& pid,
                                             std::uint32_t* type) {
-  return walk_groups([&](const auto& groups) {
+  return walk_groups(platform, [&](const auto& groups) {
     std::uint32_t answer = VEXCAP_GROUP_TYPE_OTHER;
     bool found = false;
     for (const auto& group : groups) {
@@ -113,9 +113,9 @@ hresult query_source_group_type_for_vid_pid(const std::wstring& vid, const std::
   });
 }
 
-hresult query_vid_pid_used(const std::wstring& group_id, const std::wstring& vid,
+hresult query_vid_pid_used(platform::Platform& platform, const std::wstring& group_id, const std::wstring& vid,
                            const std::wstring& pid, bool* used) {
-  return walk_groups([&](const auto& groups) {
+  return walk_groups(platform, [&](const auto& groups) {
     for (const auto& group : groups) {
       if (!group || group->id() != group_id) continue;
       for (const auto& info : sources_of(*group)) {
@@ -129,9 +129,9 @@ hresult query_vid_pid_used(const std::wstring& group_id, const std::wstring& vid
   });
 }
 
-hresult query_device_locations(const std::wstring& id_text, std::uint8_t* locations) {
+hresult query_device_locations(platform::Platform& platform, const std::wstring& id_text, std::uint8_t* locations) {
   const std::wstring wanted = lower(id_text);
-  return walk_groups([&](const auto& groups) {
+  return walk_groups(platform, [&](const auto& groups) {
     bool matched = false;
     for (const auto& group : groups) {
       if (!group) continue;
@@ -148,8 +148,8 @@ hresult query_device_locations(const std::wstring& id_text, std::uint8_t* locati
   });
 }
 
-hresult query_targeted_location(std::uint32_t* panel) {
-  return walk_groups([&](const auto& groups) {
+hresult query_targeted_location(platform::Platform& platform, std::uint32_t* panel) {
+  return walk_groups(platform, [&](const auto& groups) {
     for (const auto& group : groups) {
       if (!group) continue;
       for (const auto& info : sources_of(*group)) {

@@ -69,8 +69,8 @@ FormatTable run_pass(const std::vector<std::shared_ptr<platform::FrameFormat>>& 
 
 std::optional<std::uint32_t> format_code(bool colour, std::uint32_t width, std::uint32_t height,
                                          std::uint32_t frame_rate_numerator,
-                                         std::uint16_t format_arg1, std::uint16_t format_arg2) {
-  return colour ? colour_code(width, height, frame_rate_numerator, format_arg1, format_arg2)
+                                         std::uint16_t preferred_width, std::uint16_t preferred_height) {
+  return colour ? colour_code(width, height, frame_rate_numerator, preferred_width, preferred_height)
                 : infrared_code(width, frame_rate_numerator);
 }
 

@@ -26,7 +26,7 @@ using FormatTable = std::map<std::uint32_t, FormatEntry>;
 // 30..1 fps, 1 for 320 wide at 60, other widths below 640: 0 at 30 and 9 at 60.
 std::optional<std::uint32_t> format_code(bool colour, std::uint32_t width, std::uint32_t height,
                                          std::uint32_t frame_rate_numerator,
-                                         std::uint16_t format_arg1, std::uint16_t format_arg2);
+                                         std::uint16_t preferred_width, std::uint16_t preferred_height);
 
 // Builds the table in four passes over the supported formats: one for "NV12", "GRAY8" and
 // "L8" (which logs every format it sees), then one each for "NV12", "YUY2" and "RGB24".
@@ -40,7 +40,7 @@ std::optional<std::uint32_t> format_code(bool colour, std::uint32_t width, std::
 // answer, property 22, at "none" on a camera with 1080p NV12 whose RGB24 is only 640x480.)
 // Within a pass the first format in list order keeps a code.
 FormatTable collect_format_table(const std::vector<std::shared_ptr<platform::FrameFormat>>& formats,
-                                 bool colour, std::uint16_t format_arg1, std::uint16_t format_arg2);
+                                 bool colour, std::uint16_t preferred_width, std::uint16_t preferred_height);
 
 bool table_has_subtype(const FormatTable& table, const std::wstring& subtype);
 

@@ -67,7 +67,7 @@ void gain_fails_with(vc::Scenario& s, hresult error) {
 }
 // An infrared camera whose extension unit refuses the LED write.
 void unit_refuses_led(vc::Scenario& s) {
-  s.groups.at(0).ks.faults.push_back({vc::ids::kUnit1, vc::ids::kUnit1LedPower, HR_FAIL});
+  s.groups.at(0).ks.faults.push_back({vc::ids::kPrimaryUnit, vc::ids::kPrimaryLedPower, HR_FAIL});
 }
 void infrared_torch_5_to_60(vc::Scenario& s) {
   unit_refuses_led(s);

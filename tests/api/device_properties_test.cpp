@@ -81,7 +81,7 @@ std::vector<Bytes> property_values_written() {
 std::vector<int> control18_bytes_written() {
   std::vector<int> written;
   for (const vc::KsRequest& request : vc::records().ks_requests)
-    if (request.set == vc::ids::kUnit1 && request.id == vc::ids::kUnit1Control18 &&
+    if (request.set == vc::ids::kPrimaryUnit && request.id == vc::ids::kPrimaryControl18 &&
         (request.flags & vc::ids::kPropSet) != 0 && request.data_size == 1)
       written.push_back(request.data_in.at(0));
   return written;
@@ -223,20 +223,20 @@ const PropertyCase kCases[] = {
      VEXCAP_PROP_RGB_STATUS, 0, VEXCAP_OK, 1u, {}, std::nullopt, nothing},
     {"RgbStatusIsReadFromUnit2OnCamerasWithoutUnit1", kReadsInfrared,
      [](vc::Scenario& s) {
-       s.groups[0].ks.nodes.back() = {vc::ids::kNodeDevSpecific, vc::ids::kUnit2, vc::unit_descriptor(vc::ids::kUnit2, 13, 40)};
+       s.groups[0].ks.nodes.back() = {vc::ids::kNodeDevSpecific, vc::ids::kAlternativeUnit, vc::unit_descriptor(vc::ids::kAlternativeUnit, 13, 40)};
        s.groups[0].ks.rgb_status = 1;
      },
      nothing, false, VEXCAP_PROP_RGB_STATUS, 0, VEXCAP_OK, 1u, {}, std::nullopt, nothing},
     {"FailedRgbStatusReadAnswersZero", kReadsInfrared, no_change,
-     [] { ks_fault(vc::ids::kUnit1, vc::ids::kUnit1RgbStatus, HR_FAIL); }, false, VEXCAP_PROP_RGB_STATUS, 0,
+     [] { ks_fault(vc::ids::kPrimaryUnit, vc::ids::kPrimaryRgbStatus, HR_FAIL); }, false, VEXCAP_PROP_RGB_STATUS, 0,
      VEXCAP_E_FAIL, 0u, {"E: KsPropertySET 0x80004005. bytes returned= 0 \n"}, std::nullopt, nothing},
     {"RgbStatusUnknownToTheDriverAnswersZero", kReadsInfrared, no_change,
-     [] { ks_fault(vc::ids::kUnit1, vc::ids::kUnit1RgbStatus, HR_SET_NOT_FOUND); }, false, VEXCAP_PROP_RGB_STATUS, 0,
+     [] { ks_fault(vc::ids::kPrimaryUnit, vc::ids::kPrimaryRgbStatus, HR_SET_NOT_FOUND); }, false, VEXCAP_PROP_RGB_STATUS, 0,
      VEXCAP_E_FAIL, 0u, {"E: KsPropertySET 0x80070492. Property unsupported for getting rgb status"}, std::nullopt,
      nothing},
     {"UnitDescriptorShorterThanTheSignatureIsNoUnit", kReadsInfrared,
      [](vc::Scenario& s) {
-       Bytes seven = vc::unit_descriptor(vc::ids::kUnit1, 0, 8);
+       Bytes seven = vc::unit_descriptor(vc::ids::kPrimaryUnit, 0, 8);
        seven.pop_back();
        s.groups[0].ks.nodes.back().unit_info = seven;
      },

@@ -64,7 +64,7 @@ class CaptureClientTest : public ::testing::Test {
   void TearDown() override { vc::reset(); }
   // A client whose log lines the test sees.
   std::shared_ptr<CaptureClient> create(std::uint32_t stream_mode) {
-    auto client = CaptureClient::create(stream_mode);
+    auto client = CaptureClient::create(platform::current(), stream_mode);
     log.resume();
     return client;
   }

@@ -146,7 +146,7 @@ TEST_F(CaptureFailure, AClosedDeviceIsNotRecovered) {
 // The client of a device that outlived the library: nothing takes the failure over.
 TEST_F(CaptureFailure, WithoutARequestThreadThereIsNoRecovery) {
   testing::LogCapture log;
-  auto client = capture::CaptureClient::create(VEXCAP_STREAM_MODE_EXCLUSIVE);
+  auto client = capture::CaptureClient::create(platform::current(), VEXCAP_STREAM_MODE_EXCLUSIVE);
   client->set_failure_notifier(api::notify_capture_failure);
   log.resume();
   ASSERT_EQ(client->initialize(group_id(), 1, 0, 0), HR_OK);

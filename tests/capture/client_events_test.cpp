@@ -57,7 +57,7 @@ class ClientEvents : public ::testing::Test {
     vc::Scenario scenario = vc::default_scenario();
     scenario.clock = vc::ClockMode::Manual;  // the worker's reader never sees a frame
     vc::use_scenario(scenario);
-    client_ = CaptureClient::create(1);  // no failure notifier: a failure is not recovered here
+    client_ = CaptureClient::create(platform::current(), 1);  // no failure notifier: a failure is not recovered here
     log_.resume();
     ASSERT_EQ(client_->initialize(group_id(), 1, 0, 0), HR_OK);
   }
@@ -121,7 +121,7 @@ TEST_F(ClientEvents, SwitchingOffWithoutAnRgbStoppedCallbackWaitsForNothing) {
 }
 
 TEST_F(ClientEvents, AnUninitializedClientRegistersNoRgbStoppedWorker) {
-  auto idle = CaptureClient::create(1);
+  auto idle = CaptureClient::create(platform::current(), 1);
   ASSERT_EQ(idle->register_rgb_stopped(on_rgb_stopped, nullptr), HR_OK);
   std::this_thread::sleep_for(50ms);
   EXPECT_EQ(exclusive_sessions(), 1);  // only the initialized client's

@@ -62,7 +62,7 @@ class FrameDelivery : public ::testing::Test {
     scenario.clock = vc::ClockMode::Manual;
     edit(scenario.groups.at(0).sources.at(index));
     vc::use_scenario(scenario);
-    client_ = capture::CaptureClient::create(mode);
+    client_ = capture::CaptureClient::create(platform::current(), mode);
     log.resume();
     ASSERT_EQ(client_->initialize(group_id(), mode, 640, 480), HR_OK);
     // Start well after the process-wide last accepted frame of earlier tests, so that the

@@ -93,7 +93,7 @@ TEST_F(Discovery, CapabilitiesMarkTheGroupsSourceKindsAndKeepLeftovers) {
   std::wstring other_case = kUsb;
   other_case.replace(other_case.find(L"USB"), 3, L"usb");
   std::uint8_t untouched[VEXCAP_CAPABILITY_COUNT] = {};
-  EXPECT_EQ(vexcap_get_device_capabilities(other_case.c_str(), untouched), -1);
+  EXPECT_EQ(vexcap_get_device_capabilities(other_case.c_str(), untouched), VEXCAP_E_FAIL);
   EXPECT_EQ(untouched[VEXCAP_CAPABILITY_INFRARED], 0);
 }
 
@@ -114,7 +114,7 @@ TEST_F(Discovery, LocationsMarkThePanelsOfMatchingSources) {
   EXPECT_EQ(std::vector<std::uint8_t>(panels, panels + VEXCAP_PANEL_COUNT),
             std::vector<std::uint8_t>(expected, expected + VEXCAP_PANEL_COUNT));
   std::uint8_t none[VEXCAP_PANEL_COUNT] = {};
-  EXPECT_EQ(vexcap_get_device_locations(L"vid_2222", none), -1);
+  EXPECT_EQ(vexcap_get_device_locations(L"vid_2222", none), VEXCAP_E_FAIL);
 
   std::uint32_t panel = 99;
   EXPECT_EQ(vexcap_get_targeted_location(&panel), 0);
@@ -125,7 +125,7 @@ TEST_F(Discovery, APlatformFailureAborts) {
   use({group(kUsb, {source(SourceKind::Color, L"c")})});
   vc::set_call_fault(vc::PlatformCall::FindAllSourceGroups, vc::CallFault{HR_FAIL, {}});
   std::uint32_t type = 0;
-  EXPECT_EQ(vexcap_get_source_group_type(&type), -1);  // E_ABORT
+  EXPECT_EQ(vexcap_get_source_group_type(&type), VEXCAP_E_FAIL);  // E_ABORT
 }
 
 }  // namespace

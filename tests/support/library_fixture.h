@@ -22,17 +22,17 @@ class LibraryTest : public ::testing::Test {
   }
   // Starts the library on the default camera with the manual clock and opens it; null (with
   // a test failure recorded) when that does not work.
-  static vexcap_device* open_default_camera(std::uint32_t stream_mode, std::uint16_t format_arg1 = 640,
-                                            std::uint16_t format_arg2 = 480) {
-    return open_camera(virtual_camera::default_scenario(), stream_mode, format_arg1, format_arg2);
+  static vexcap_device* open_default_camera(std::uint32_t stream_mode, std::uint16_t preferred_width = 640,
+                                            std::uint16_t preferred_height = 480) {
+    return open_camera(virtual_camera::default_scenario(), stream_mode, preferred_width, preferred_height);
   }
   // The same on a scenario of the test's own; its first group is opened.
   static vexcap_device* open_camera(virtual_camera::Scenario scenario, std::uint32_t stream_mode,
-                                    std::uint16_t format_arg1 = 640, std::uint16_t format_arg2 = 480) {
+                                    std::uint16_t preferred_width = 640, std::uint16_t preferred_height = 480) {
     scenario.clock = virtual_camera::ClockMode::Manual;
     virtual_camera::use_scenario(scenario);
     vexcap_device* device = nullptr;
-    const vexcap_open_params params{stream_mode, format_arg1, format_arg2};
+    const vexcap_open_params params{stream_mode, preferred_width, preferred_height};
     EXPECT_EQ(vexcap_init(), 0);
     EXPECT_EQ(vexcap_device_open(&device, scenario.groups.at(0).id->c_str(), &params), 0);
     return device;

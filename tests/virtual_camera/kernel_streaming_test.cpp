@@ -98,15 +98,15 @@ Bytes gain_set(std::uint32_t value) {
 }
 
 const KsCase kCases[] = {
-    {"UnitInfoOnItsOwnNodeCarriesTheSignatureAfterAHeader", as_is, ksp_node(ids::kUnit1, 0, kGetTopology, 3), 32,
+    {"UnitInfoOnItsOwnNodeCarriesTheSignatureAfterAHeader", as_is, ksp_node(ids::kPrimaryUnit, 0, kGetTopology, 3), 32,
      Bytes(512), HR_OK, 24,
      [](const Bytes& data, const KsDeviceModel&) {
        // The first 8 bytes of {26B8105A-0713-4870-...} as stored.
        EXPECT_EQ(Bytes(data.begin() + 4, data.begin() + 12), (Bytes{0x5A, 0x10, 0xB8, 0x26, 0x13, 0x07, 0x70, 0x48}));
      }},
-    {"AnotherVendorsNodeDoesNotKnowUnit1", as_is, ksp_node(ids::kUnit1, 0, kGetTopology, 2), 32, Bytes(512),
+    {"AnotherVendorsNodeDoesNotKnowUnit1", as_is, ksp_node(ids::kPrimaryUnit, 0, kGetTopology, 2), 32, Bytes(512),
      HR_SET_NOT_FOUND, 0, anything},
-    {"LedPowerWrite", as_is, ksp_node(ids::kUnit1, 14, kSetTopology, 3), 32, Bytes{2, 77}, HR_OK, 0,
+    {"LedPowerWrite", as_is, ksp_node(ids::kPrimaryUnit, 14, kSetTopology, 3), 32, Bytes{2, 77}, HR_OK, 0,
      [](const Bytes&, const KsDeviceModel& after) {
        EXPECT_EQ(after.led_flag, 2);
        EXPECT_EQ(after.led_power, 77);
@@ -116,21 +116,21 @@ const KsCase kCases[] = {
        ks.led_flag = 2;
        ks.led_power = 77;
      },
-     ksp_node(ids::kUnit1, 14, kGetTopology, 3), 32, Bytes(512), HR_OK, 2,
+     ksp_node(ids::kPrimaryUnit, 14, kGetTopology, 3), 32, Bytes(512), HR_OK, 2,
      [](const Bytes& data, const KsDeviceModel&) { EXPECT_EQ(Bytes(data.begin(), data.begin() + 2), (Bytes{2, 77})); }},
-    {"RgbStatusOfUnit1", [](KsDeviceModel& ks) { ks.rgb_status = 5; }, ksp_node(ids::kUnit1, 15, kGetTopology, 3), 32,
+    {"RgbStatusOfUnit1", [](KsDeviceModel& ks) { ks.rgb_status = 5; }, ksp_node(ids::kPrimaryUnit, 15, kGetTopology, 3), 32,
      Bytes(512), HR_OK, 1, [](const Bytes& data, const KsDeviceModel&) { EXPECT_EQ(data[0], 5); }},
-    {"Control18Write", as_is, ksp_node(ids::kUnit1, 18, kSetTopology, 3), 32, Bytes{2}, HR_OK, 0,
+    {"Control18Write", as_is, ksp_node(ids::kPrimaryUnit, 18, kSetTopology, 3), 32, Bytes{2}, HR_OK, 0,
      [](const Bytes&, const KsDeviceModel& after) { EXPECT_EQ(after.control18, 2); }},
-    {"Unit1HasNoControl20", as_is, ksp_node(ids::kUnit1, 20, kGetTopology, 3), 32, Bytes(512), HR_NOT_FOUND, 0,
+    {"Unit1HasNoControl20", as_is, ksp_node(ids::kPrimaryUnit, 20, kGetTopology, 3), 32, Bytes(512), HR_NOT_FOUND, 0,
      anything},
     {"Unit2AnswersItsRgbStatus",
      [](KsDeviceModel& ks) {
-       ks.nodes = {{ids::kNodeDevSpecific, ids::kUnit2, unit_descriptor(ids::kUnit2, 5)},
+       ks.nodes = {{ids::kNodeDevSpecific, ids::kAlternativeUnit, unit_descriptor(ids::kAlternativeUnit, 5)},
                    {ids::kNodeVideoProcessing, std::nullopt, {}}};
        ks.rgb_status = 1;
      },
-     ksp_node(ids::kUnit2, 20, kGetTopology, 0), 32, Bytes(512), HR_OK, 1,
+     ksp_node(ids::kAlternativeUnit, 20, kGetTopology, 0), 32, Bytes(512), HR_OK, 1,
      [](const Bytes& data, const KsDeviceModel&) { EXPECT_EQ(data[0], 1); }},
     {"GainReadAtTheProcessingNode", as_is, ksp_node(ids::kVideoProcAmp, 9, kGetTopology, 1, 48), 48, Bytes(48), HR_OK,
      48,
@@ -146,10 +146,10 @@ const KsCase kCases[] = {
     {"VideoControlModeNeedsNoNode", [](KsDeviceModel& ks) { ks.video_control_mode = 7; },
      ksp_node(ids::kVideoControl, 3, 0x1, 0, 32), 32, Bytes(32), HR_OK, 32,
      [](const Bytes& data, const KsDeviceModel&) { EXPECT_EQ(get32(data, 28), 7u); }},
-    {"DriverErrorOnDemandLeavesTheData", [](KsDeviceModel& ks) { ks.faults = {{ids::kUnit1, 15, HR_NOT_FOUND}}; },
-     ksp_node(ids::kUnit1, 15, kGetTopology, 3), 32, Bytes(512, 0xCC), HR_NOT_FOUND, 0,
+    {"DriverErrorOnDemandLeavesTheData", [](KsDeviceModel& ks) { ks.faults = {{ids::kPrimaryUnit, 15, HR_NOT_FOUND}}; },
+     ksp_node(ids::kPrimaryUnit, 15, kGetTopology, 3), 32, Bytes(512, 0xCC), HR_NOT_FOUND, 0,
      [](const Bytes& data, const KsDeviceModel&) { EXPECT_EQ(data[0], 0xCC); }},
-    {"NodeRequestShorterThanKspNodeIsRefused", as_is, ksp_node(ids::kUnit1, 15, kGetTopology, 3), 24, Bytes(512),
+    {"NodeRequestShorterThanKspNodeIsRefused", as_is, ksp_node(ids::kPrimaryUnit, 15, kGetTopology, 3), 24, Bytes(512),
      HR_INVALIDARG, 0, anything},
 };
 
@@ -182,7 +182,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, VirtualKsProperty, ::testing::ValuesIn(kCases),
 TEST(VirtualKernelStreaming, ShutDownSourceAnswersNoMore) {
   Device d;
   ASSERT_EQ(d.source->shutdown(), HR_OK);
-  Bytes request = ksp_node(ids::kUnit1, 15, kGetTopology, 3);
+  Bytes request = ksp_node(ids::kPrimaryUnit, 15, kGetTopology, 3);
   Bytes data(512, 0);
   EXPECT_EQ(d.control->property(request.data(), 32, data.data(), 512, nullptr), ids::kShutdown);
   std::shared_ptr<platform::KsControl> again;

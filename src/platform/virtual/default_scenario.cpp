@@ -85,13 +85,13 @@ SourceModel color_source() {
 KsDeviceModel ks_device() {
   KsDeviceModel ks;
   ks.interfaces = {{ids::kCategorySensorCamera, kIrLink}, {ids::kCategoryVideoCamera, kColorLink}};
-  // Camera terminal, processing unit, a foreign vendor unit, then unit 1 whose UVC descriptor
+  // Camera terminal, processing unit, a foreign vendor unit, then the primary unit whose UVC descriptor
   // carries the GUID after its 4-byte header.
   const platform::Guid foreign{0x0F3F95DC, 0x2632, 0x4C4E, {0x92, 0xC9, 0xA0, 0x47, 0x82, 0xF4, 0x3B, 0xC8}};
   ks.nodes = {{ids::kNodeCameraTerminal, std::nullopt, {}},
               {ids::kNodeVideoProcessing, std::nullopt, {}},
               {ids::kNodeDevSpecific, foreign, unit_descriptor(foreign, 4)},
-              {ids::kNodeDevSpecific, ids::kUnit1, unit_descriptor(ids::kUnit1, 4)}};
+              {ids::kNodeDevSpecific, ids::kPrimaryUnit, unit_descriptor(ids::kPrimaryUnit, 4)}};
   return ks;
 }
 

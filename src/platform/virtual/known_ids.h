@@ -29,8 +29,8 @@ inline constexpr Guid kVideoControl{0x6A2E0670, 0x28E4, 0x11D0, {0xA1, 0x8C, 0x0
 inline constexpr Guid kCameraControl{0xC6E13370, 0x30AC, 0x11D0, {0xA1, 0x8C, 0x00, 0xA0, 0xC9, 0x11, 0x89, 0x56}};
 inline constexpr Guid kExtendedCameraControl{0x1CB79112, 0xC0D2, 0x4213, {0x9C, 0xA6, 0xCD, 0x4F, 0xDB, 0x92, 0x79, 0x72}};
 // The camera's two vendor extension units.
-inline constexpr Guid kUnit1{0x26B8105A, 0x0713, 0x4870, {0x97, 0x9D, 0xDA, 0x79, 0x44, 0x4B, 0xB6, 0x8E}};
-inline constexpr Guid kUnit2{0x63610682, 0x5070, 0x49AB, {0xB8, 0xCC, 0xB3, 0x85, 0x5E, 0x8D, 0x22, 0x1D}};
+inline constexpr Guid kPrimaryUnit{0x26B8105A, 0x0713, 0x4870, {0x97, 0x9D, 0xDA, 0x79, 0x44, 0x4B, 0xB6, 0x8E}};
+inline constexpr Guid kAlternativeUnit{0x63610682, 0x5070, 0x49AB, {0xB8, 0xCC, 0xB3, 0x85, 0x5E, 0x8D, 0x22, 0x1D}};
 
 inline constexpr std::uint32_t kPropGet = 0x00000001;
 inline constexpr std::uint32_t kPropSet = 0x00000002;
@@ -41,10 +41,10 @@ inline constexpr std::uint32_t kVideoControlMode = 3;
 inline constexpr std::uint32_t kCameraControlLlc = 19;       // AUTO_EXPOSURE_PRIORITY
 inline constexpr std::uint32_t kExtendedFaceAuthMode = 35;
 inline constexpr std::uint32_t kUnitInfo = 0;                // KSPROPERTY_EXTENSION_UNIT_INFO
-inline constexpr std::uint32_t kUnit1LedPower = 14;
-inline constexpr std::uint32_t kUnit1RgbStatus = 15;
-inline constexpr std::uint32_t kUnit1Control18 = 18;
-inline constexpr std::uint32_t kUnit2RgbStatus = 20;
+inline constexpr std::uint32_t kPrimaryLedPower = 14;
+inline constexpr std::uint32_t kPrimaryRgbStatus = 15;
+inline constexpr std::uint32_t kPrimaryControl18 = 18;
+inline constexpr std::uint32_t kAlternativeRgbStatus = 20;
 
 // Results the platform gives in the situations the virtual camera models.
 inline constexpr hresult kClosed = hr(0x80000013);                 // RO_E_CLOSED

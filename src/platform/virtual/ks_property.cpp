@@ -7,8 +7,8 @@
 //             Value i32 @32, Flags u32 @36, Capabilities u32 @40
 //   VIDEOCONTROL id 3 (no node): KSPROPERTY_VIDEOCONTROL_MODE_S (32 bytes): KSPROPERTY,
 //             StreamIndex u32 @24, Mode i32 @28
-//   extension units: control 0 returns the unit's descriptor; unit 1 answers 14 (LED: flag, power),
-//             15 (RGB status byte), 18 (one byte, set); unit 2 answers 20 (RGB status byte).
+//   extension units: control 0 returns the unit's descriptor; the primary unit answers 14 (LED: flag, power),
+//             15 (RGB status byte), 18 (one byte, set); the alternative unit answers 20 (RGB status byte).
 #include <algorithm>
 #include <cstring>
 
@@ -61,22 +61,22 @@ Answer extension_unit(KsDeviceModel& ks, const KsNodeModel& node, const Request&
     std::copy(bytes.begin(), bytes.end(), data);
     return {HR_OK, std::uint32_t(bytes.size())};
   };
-  bool unit1 = r.set == ids::kUnit1, unit2 = r.set == ids::kUnit2;
+  bool primary = r.set == ids::kPrimaryUnit, alternative = r.set == ids::kAlternativeUnit;
   if (r.id == ids::kUnitInfo && r.get()) {
     if (size < node.unit_info.size()) return {ids::kMoreData, std::uint32_t(node.unit_info.size())};
     std::copy(node.unit_info.begin(), node.unit_info.end(), data);
     return {HR_OK, std::uint32_t(node.unit_info.size())};
   }
-  if (unit1 && r.id == ids::kUnit1LedPower) {
+  if (primary && r.id == ids::kPrimaryLedPower) {
     if (r.get()) return read_bytes({ks.led_flag, ks.led_power});
     if (size < 2) return {ids::kInsufficientBuffer};
     ks.led_flag = data[0];
     ks.led_power = data[1];
     return {HR_OK, 0};
   }
-  if (unit1 && r.id == ids::kUnit1RgbStatus && r.get()) return read_bytes({ks.rgb_status});
-  if (unit2 && r.id == ids::kUnit2RgbStatus && r.get()) return read_bytes({ks.rgb_status});
-  if (unit1 && r.id == ids::kUnit1Control18 && r.set_op()) {
+  if (primary && r.id == ids::kPrimaryRgbStatus && r.get()) return read_bytes({ks.rgb_status});
+  if (alternative && r.id == ids::kAlternativeRgbStatus && r.get()) return read_bytes({ks.rgb_status});
+  if (primary && r.id == ids::kPrimaryControl18 && r.set_op()) {
     if (size < 1) return {ids::kInsufficientBuffer};
     ks.control18 = data[0];
     return {HR_OK, 0};
