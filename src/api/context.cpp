@@ -4,7 +4,6 @@
 
 #include "api/dispatcher.h"
 #include "api/messages.h"
-#include "api/request_args.h"
 #include "api/result_codes.h"
 #include "common/host_callback.h"
 #include "log/log.h"
@@ -56,7 +55,7 @@ hresult shut_down(Context& context) {
   hresult result = HR_OK;
   {
     std::lock_guard<ReentrantMutex> lock(context.request_lock);
-    context.transport->send(kMsgExit, 0, 0);
+    send_on_transport<ExitRequest>(context, nullptr, nullptr);
     result = context.slots->result.load();
     context.stopped = true;
   }
@@ -75,8 +74,10 @@ std::shared_ptr<Context> current_context() {
   return library().context;
 }
 
-hresult send_request(Context& context, std::uint32_t message, std::uintptr_t wparam,
-                     std::intptr_t lparam, const std::function<void()>& before_send) {
+namespace detail {
+
+hresult send_message(Context& context, std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam,
+                     const std::function<void()>& before_send) {
   std::lock_guard<ReentrantMutex> lock(context.request_lock);
   if (context.stopped) return HR_INVALID_STATE;  // exited meanwhile: as if never initialized
   if (before_send) before_send();
@@ -84,12 +85,14 @@ hresult send_request(Context& context, std::uint32_t message, std::uintptr_t wpa
   return context.slots->result.load();
 }
 
-hresult send_direct_request(Context& context, std::uint32_t message, std::uintptr_t wparam,
+hresult send_direct_message(Context& context, std::uint32_t message, std::uintptr_t wparam,
                             std::intptr_t lparam, const std::function<void()>& before_send) {
   // From inside a callback the deferred requests may be waiting for this very thread.
   if (!inside_host_callback()) context.deferred.wait_for_earlier();
-  return send_request(context, message, wparam, lparam, before_send);
+  return send_message(context, message, wparam, lparam, before_send);
 }
+
+}  // namespace detail
 
 bool notify_capture_failure(const std::weak_ptr<capture::CaptureClient>& client) {
   const std::shared_ptr<Context> context = current_context();
@@ -98,7 +101,7 @@ bool notify_capture_failure(const std::weak_ptr<capture::CaptureClient>& client)
   Context* const target = context.get();
   return context->deferred.post([target, client] {
     std::weak_ptr<capture::CaptureClient> failed = client;  // resolved on the request thread
-    send_request(*target, kMsgCaptureFailed, 0, as_lparam(&failed));
+    send_request<CaptureFailedRequest>(*target, nullptr, &failed);
   });
 }
 
@@ -114,7 +117,7 @@ int initialize_library() {
   }
   publish(context);
 
-  const hresult result = send_request(*context, kMsgRuntimeStartup, 0, 0);
+  const hresult result = send_request<RuntimeStartupRequest>(*context, nullptr, nullptr);
   if (failed(result)) {
     VXLOG('E', "Failed initializing the VexCap: %08x", result);
     publish(nullptr);

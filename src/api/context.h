@@ -6,6 +6,7 @@
 #include <mutex>
 
 #include "api/deferred_requests.h"
+#include "api/requests.h"
 #include "device/open_devices.h"
 #include "api/request_transport.h"
 #include "common/manual_reset_event.h"
@@ -44,12 +45,39 @@ int exit_library();
 // before the lock is left, so a caller always reads its own request's result). `before_send`
 // runs inside the lock right before the send. HR_INVALID_STATE, with nothing sent, once the
 // library has exited.
-hresult send_request(Context& context, std::uint32_t message, std::uintptr_t wparam,
-                     std::intptr_t lparam, const std::function<void()>& before_send = {});
+template <typename R>
+hresult send_request(Context& context, typename R::WRecord* wparam, typename R::LRecord* lparam,
+                     const std::function<void()>& before_send = {});
 // A host's own request: first waits for the requests deferred before it (outside callbacks),
 // so requests run in the order they were asked for.
-hresult send_direct_request(Context& context, std::uint32_t message, std::uintptr_t wparam,
-                            std::intptr_t lparam, const std::function<void()>& before_send = {});
+template <typename R>
+hresult send_direct_request(Context& context, typename R::WRecord* wparam, typename R::LRecord* lparam,
+                            const std::function<void()>& before_send = {});
+// The bare send on the transport, for the requests that read their answer elsewhere than in the
+// result slot; the caller holds the request lock.
+template <typename R>
+void send_on_transport(Context& context, typename R::WRecord* wparam, typename R::LRecord* lparam) {
+  context.transport->send(R::id, to_wparam(wparam), to_lparam(lparam));
+}
+
+namespace detail {
+hresult send_message(Context& context, std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam,
+                     const std::function<void()>& before_send);
+hresult send_direct_message(Context& context, std::uint32_t message, std::uintptr_t wparam,
+                            std::intptr_t lparam, const std::function<void()>& before_send);
+}  // namespace detail
+
+template <typename R>
+hresult send_request(Context& context, typename R::WRecord* wparam, typename R::LRecord* lparam,
+                     const std::function<void()>& before_send) {
+  return detail::send_message(context, R::id, to_wparam(wparam), to_lparam(lparam), before_send);
+}
+
+template <typename R>
+hresult send_direct_request(Context& context, typename R::WRecord* wparam, typename R::LRecord* lparam,
+                            const std::function<void()>& before_send) {
+  return detail::send_direct_message(context, R::id, to_wparam(wparam), to_lparam(lparam), before_send);
+}
 
 // Hands a capture failure to the request thread (message 1054, in order with the deferred
 // requests) and returns at once; false when there is no request thread.

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "api/request_transport.h"
+#include "api/requests.h"
 #include "api/runtime_startup.h"
 #include "device/device_environment.h"
 #include "device/open_devices.h"
@@ -31,23 +32,51 @@ class Dispatcher final : public RequestHandler {
   bool dispatch(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) override;
 
  private:
+  // The handler of one request, reached through its declaration's records.
+  using Route = hresult (*)(Dispatcher&, std::uintptr_t wparam, std::intptr_t lparam);
+  struct Routes;
+  template <typename R, auto Handler>
+  static constexpr Route route();
+
   hresult handle(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam);
-  hresult run_handler(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam);
-  void handle_vid_pid_used(std::uintptr_t wparam, std::intptr_t lparam);
-  hresult open_device(const wchar_t* device_id, const vexcap_open_params& params);
-  hresult close_device(const vexcap_device& handle);
+  void vid_pid_used(const wchar_t* group_id, VidPid* texts);
+
+  hresult start_runtimes(Unused*, Unused*);
+  hresult device_capabilities(const wchar_t* group_id, ResultPointer<std::uint8_t>* capabilities);
+  hresult device_locations(const wchar_t* id_text, ResultPointer<std::uint8_t>* locations);
+  hresult source_group_type(Unused*, ResultPointer<std::uint32_t>* type);
+  hresult targeted_location(Unused*, ResultPointer<std::uint32_t>* panel);
+  hresult source_group_type_for_vid_pid(VidPid* texts, ResultPointer<std::uint32_t>* type);
+  hresult open_device(const wchar_t* device_id, const vexcap_open_params* params);
+  hresult close_device(Unused*, vexcap_device* handle);
+  hresult recover_capture(Unused*, std::weak_ptr<capture::CaptureClient>* client);
   // At exit, before the runtimes stop: every device still open has its readers, sessions and
   // captures ended. The host's handles stay the host's to free.
   void end_devices_left_open();
-  hresult start_streaming(const vexcap_device& handle, std::uintptr_t callback_args, bool by_selector);
-  hresult stop_streaming(const vexcap_device& handle, bool by_selector);
-  hresult unsupported_format_event(std::uint32_t message, const vexcap_device& handle,
-                                   std::uintptr_t callback_args);
-  // Messages 1035 to 1040: the device controls.
-  hresult run_control(std::uint32_t message, std::uintptr_t wparam, const vexcap_device& handle);
-  // Messages 1041 and 1042: the device properties.
-  hresult run_device_property(std::uint32_t message, vexcap_property& property,
-                              const vexcap_device& handle);
+  hresult start_streaming(CallbackArgs* callback, vexcap_device* handle);
+  hresult start_streaming_by_selector(CallbackArgs* callback, vexcap_device* handle);
+  hresult stop_streaming(Unused*, vexcap_device* handle);
+  hresult stop_streaming_by_selector(Unused*, vexcap_device* handle);
+  // Both answer S_OK in every case: a second registration or an unneeded unregistration is ignored.
+  hresult register_unsupported_format(CallbackArgs* callback, vexcap_device* handle);
+  hresult unregister_unsupported_format(Unused*, vexcap_device* handle);
+  hresult register_exclusive_control(CallbackArgs* callback, vexcap_device* handle);
+  hresult unregister_exclusive_control(Unused*, vexcap_device* handle);
+  hresult register_rgb_status(CallbackArgs* callback, vexcap_device* handle);
+  hresult unregister_rgb_status(Unused*, vexcap_device* handle);
+  hresult register_rgb_stopped(CallbackArgs* callback, vexcap_device* handle);
+  hresult unregister_rgb_stopped(Unused*, vexcap_device* handle);
+  hresult set_exposure(Value<std::int64_t>* exposure, vexcap_device* handle);
+  hresult set_iso_speed(Value<std::uint32_t>* iso_speed, vexcap_device* handle);
+  hresult set_led_power(Value<std::uint32_t>* power, vexcap_device* handle);
+  hresult get_exposure(std::uint64_t* exposure, vexcap_device* handle);
+  hresult get_iso_speed(std::uint32_t* iso_speed, vexcap_device* handle);
+  hresult get_led_power(std::uint32_t* power, vexcap_device* handle);
+  // The set runs on the device (it involves both clients), the get on its exclusive client.
+  hresult set_device_property(vexcap_property* property, vexcap_device* handle);
+  hresult get_device_property(vexcap_property* property, vexcap_device* handle);
+
+  std::shared_ptr<capture::CaptureClient> client_for(const vexcap_device& handle, bool by_selector);
 
   // One device object per stream-mode class: mode 0, and any non-zero mode.
   std::shared_ptr<device::Device>& device_slot(const vexcap_device& handle);

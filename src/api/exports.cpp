@@ -5,12 +5,13 @@
 #include <functional>
 #include <new>
 #include <optional>
+#include <type_traits>
 
 #include "api/context.h"
 #include "device/device.h"
 #include "device/device_callbacks.h"
 #include "api/messages.h"
-#include "api/request_args.h"
+#include "api/requests.h"
 #include "api/result_codes.h"
 #include "common/host_callback.h"
 #include "capture/outstanding_records.h"
@@ -48,38 +49,60 @@ int guarded(const char* name, Body body) noexcept {
 }
 
 // Requests before vexcap_init or after vexcap_exit find no request thread.
-int request(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
+template <typename R>
+int request(typename R::WRecord* wparam, typename R::LRecord* lparam) {
   const std::shared_ptr<Context> context = current_context();
   if (!context) return VEXCAP_E_INVALID_STATE;
-  return to_result_code(send_direct_request(*context, message, wparam, lparam));
+  return to_result_code(send_direct_request<R>(*context, wparam, lparam));
 }
 
 // The _ex streaming calls store the selector into the handle inside the request lock, right
 // before the send, so the handler sees the selector of its own call.
-int request_with_selector(vexcap_device* device, std::uint32_t selector, std::uint32_t message,
-                          std::uintptr_t wparam) {
+template <typename R>
+int request_with_selector(vexcap_device* device, std::uint32_t selector, typename R::WRecord* wparam) {
   const std::shared_ptr<Context> context = current_context();
   if (!context) return VEXCAP_E_INVALID_STATE;
-  return to_result_code(send_direct_request(*context, message, wparam, as_lparam(device),
-                                            [&] { device->stream_selector = selector; }));
+  return to_result_code(
+      send_direct_request<R>(*context, wparam, device, [&] { device->stream_selector = selector; }));
 }
 
-int device_request(vexcap_device* device, std::uint32_t message) {
+template <typename R>
+int device_request(vexcap_device* device) {
   if (device == nullptr) return VEXCAP_E_INVALID_ARG;
-  return request(message, 0, as_lparam(device));
+  return request<R>(nullptr, device);
 }
 
-template <typename T>
-int set_value(vexcap_device* device, T value, std::uint32_t message) {
+template <typename R>
+int set_value(vexcap_device* device, decltype(R::WRecord::value) value) {
   if (device == nullptr) return VEXCAP_E_INVALID_ARG;
-  ValueArg<T> arg{value};
-  return request(message, as_wparam(&arg), as_lparam(device));
+  typename R::WRecord arg{value};
+  return request<R>(&arg, device);
 }
 
-template <typename T>
-int get_value(vexcap_device* device, T* out, std::uint32_t message) {
+template <typename R>
+int get_value(vexcap_device* device, typename R::WRecord* out) {
   if (device == nullptr || out == nullptr) return VEXCAP_E_INVALID_ARG;
-  return request(message, as_wparam(out), as_lparam(device));
+  return request<R>(out, device);
+}
+
+// A direct request with the registration's callback, if its request carries one.
+template <typename R>
+int send_deferred_now(CallbackArgs* registration, vexcap_device* device) {
+  if constexpr (std::is_same_v<typename R::WRecord, CallbackArgs>) {
+    return request<R>(registration, device);
+  } else {
+    return request<R>(nullptr, device);
+  }
+}
+
+// Sends a deferred request with its registration's callback, if its request carries one.
+template <typename R>
+hresult send_deferred(Context& context, CallbackArgs* registration, vexcap_device* handle) {
+  if constexpr (std::is_same_v<typename R::WRecord, CallbackArgs>) {
+    return send_request<R>(context, registration, handle);
+  } else {
+    return send_request<R>(context, nullptr, handle);
+  }
 }
 
 // What a request deferred from a callback was asked for: the device its slot held then and,
@@ -98,6 +121,7 @@ struct DeferredTarget {
 struct DeferredRequest {
   const char* name;
   std::uint32_t message;
+  hresult (*send)(Context&, CallbackArgs*, vexcap_device*);
   vexcap_device handle;
   std::optional<CallbackArgs> registration;
   DeferredTarget target;
@@ -126,8 +150,7 @@ void run_deferred(Context& context, DeferredRequest& request) {
     return;
   }
   CallbackArgs args = request.registration.value_or(CallbackArgs{});
-  const hresult result = send_request(context, request.message, request.registration ? as_wparam(&args) : 0,
-                                      as_lparam(&request.handle));
+  const hresult result = request.send(context, &args, &request.handle);
   if (failed(result)) VXLOG('E', "%s asked for from a callback failed: %08x", request.name, static_cast<unsigned>(result));
 }
 
@@ -136,13 +159,16 @@ void run_deferred(Context& context, DeferredRequest& request) {
 // event's lock, to end a notifier). Such a call is handed to the deferred requests, which run in
 // order after the callback. Answers nothing (the call goes on as a direct one) outside a
 // callback; 0 once queued; -2 when the library is exiting and takes no more.
-std::optional<int> defer_from_host_callback(const char* name, std::uint32_t message, const vexcap_device& device,
+template <typename R>
+std::optional<int> defer_from_host_callback(const char* name, const vexcap_device& device,
                                             std::optional<CallbackArgs> registration = std::nullopt,
                                             std::uint32_t selector = 0) {
+  constexpr std::uint32_t message = R::id;
   if (!inside_host_callback()) return std::nullopt;
   const std::shared_ptr<Context> context = current_context();
   if (!context) return VEXCAP_E_INVALID_STATE;
-  DeferredRequest request{name, message, vexcap_device{device.stream_mode, 0, selector}, registration, {}};
+  DeferredRequest request{name, message, &send_deferred<R>, vexcap_device{device.stream_mode, 0, selector},
+                          registration, {}};
   request.target.slot = device::OpenDevices::slot_of(device.stream_mode);
   const std::shared_ptr<device::Device> open = context->devices->get(request.target.slot);
   request.target.had_device = open != nullptr;
@@ -159,20 +185,24 @@ std::optional<int> defer_from_host_callback(const char* name, std::uint32_t mess
 }
 
 // The device-event registrations (with their callback) and unregistrations (without).
-int event_request(const char* name, vexcap_device* device, std::uint32_t message,
-                  std::optional<CallbackArgs> registration) {
+template <typename R>
+int event_request(const char* name, vexcap_device* device, std::optional<CallbackArgs> registration) {
   if (device == nullptr) return VEXCAP_E_INVALID_ARG;
-  if (const auto deferred = defer_from_host_callback(name, message, *device, registration)) return *deferred;
+  if (const auto deferred = defer_from_host_callback<R>(name, *device, registration)) return *deferred;
   CallbackArgs args = registration.value_or(CallbackArgs{});
-  return request(message, registration ? as_wparam(&args) : 0, as_lparam(device));
+  return send_deferred_now<R>(&args, device);
 }
 
-int register_event(const char* name, vexcap_device* device, void* callback, void* context, std::uint32_t message) {
-  return guarded(name, [&] { return event_request(name, device, message, CallbackArgs{callback, context}); });
+template <typename R>
+int register_event(const char* name, vexcap_device* device, void* callback, void* context) {
+  static_assert(std::is_same_v<typename R::WRecord, CallbackArgs>, "a registration carries its callback");
+  return guarded(name, [&] { return event_request<R>(name, device, CallbackArgs{callback, context}); });
 }
 
-int unregister_event(const char* name, vexcap_device* device, std::uint32_t message) {
-  return guarded(name, [&] { return event_request(name, device, message, std::nullopt); });
+template <typename R>
+int unregister_event(const char* name, vexcap_device* device) {
+  static_assert(std::is_same_v<typename R::WRecord, Unused>, "an unregistration carries no callback");
+  return guarded(name, [&] { return event_request<R>(name, device, std::nullopt); });
 }
 
 }  // namespace
@@ -193,8 +223,8 @@ VEXCAP_API int vexcap_get_device_capabilities(const wchar_t* group_id,
                                               uint8_t capabilities[VEXCAP_CAPABILITY_COUNT]) {
   return guarded("vexcap_get_device_capabilities", [&] {
     if (group_id == nullptr || capabilities == nullptr) return VEXCAP_E_INVALID_ARG;
-    ResultPointerArg<uint8_t> result{capabilities};
-    return request(kMsgDeviceCapabilities, as_wparam(group_id), as_lparam(&result));
+    ResultPointer<uint8_t> result{capabilities};
+    return request<DeviceCapabilitiesRequest>(group_id, &result);
   });
 }
 
@@ -202,24 +232,24 @@ VEXCAP_API int vexcap_get_device_locations(const wchar_t* id_text,
                                            uint8_t locations[VEXCAP_PANEL_COUNT]) {
   return guarded("vexcap_get_device_locations", [&] {
     if (id_text == nullptr || locations == nullptr) return VEXCAP_E_INVALID_ARG;
-    ResultPointerArg<uint8_t> result{locations};
-    return request(kMsgDeviceLocations, as_wparam(id_text), as_lparam(&result));
+    ResultPointer<uint8_t> result{locations};
+    return request<DeviceLocationsRequest>(id_text, &result);
   });
 }
 
 VEXCAP_API int vexcap_get_source_group_type(uint32_t* type) {
   return guarded("vexcap_get_source_group_type", [&] {
     if (type == nullptr) return VEXCAP_E_INVALID_ARG;
-    ResultPointerArg<uint32_t> result{type};
-    return request(kMsgSourceGroupType, 0, as_lparam(&result));
+    ResultPointer<uint32_t> result{type};
+    return request<SourceGroupTypeRequest>(nullptr, &result);
   });
 }
 
 VEXCAP_API int vexcap_get_targeted_location(uint32_t* panel) {
   return guarded("vexcap_get_targeted_location", [&] {
     if (panel == nullptr) return VEXCAP_E_INVALID_ARG;
-    ResultPointerArg<uint32_t> result{panel};
-    return request(kMsgTargetedLocation, 0, as_lparam(&result));
+    ResultPointer<uint32_t> result{panel};
+    return request<TargetedLocationRequest>(nullptr, &result);
   });
 }
 
@@ -229,13 +259,13 @@ VEXCAP_API int vexcap_is_vidpid_used_by_device(const wchar_t* group_id, const wc
     if (group_id == nullptr || vid == nullptr || pid == nullptr) return 0;
     const std::shared_ptr<Context> context = current_context();
     if (!context) return 0;
-    VidPidArgs args{vid, pid};
+    VidPid args{vid, pid};
     if (!inside_host_callback()) context->deferred.wait_for_earlier();
     // The boolean is cleared and read inside the request lock, around this call's own send.
     std::lock_guard<ReentrantMutex> lock(context->request_lock);
     if (context->stopped) return 0;
     context->slots->boolean = 0;
-    context->transport->send(kMsgVidPidUsed, as_wparam(group_id), as_lparam(&args));
+    send_on_transport<VidPidUsedRequest>(*context, group_id, &args);
     return context->slots->boolean.load() != 0 ? 1 : 0;
   });
 }
@@ -244,9 +274,9 @@ VEXCAP_API int vexcap_get_source_group_type_for_vid_pid(const wchar_t* vid, cons
                                                         uint32_t* type) {
   return guarded("vexcap_get_source_group_type_for_vid_pid", [&] {
     if (vid == nullptr || pid == nullptr || type == nullptr) return VEXCAP_E_INVALID_ARG;
-    VidPidTextArgs texts{vid, pid};
-    ResultPointerArg<uint32_t> result{type};
-    return request(kMsgSourceGroupTypeForVidPid, as_wparam(&texts), as_lparam(&result));
+    VidPid texts{vid, pid};
+    ResultPointer<uint32_t> result{type};
+    return request<SourceGroupTypeForVidPidRequest>(&texts, &result);
   });
 }
 
@@ -257,8 +287,7 @@ VEXCAP_API int vexcap_device_open(vexcap_device** device, const wchar_t* device_
   return guarded("vexcap_device_open", [&] {
     // The parameters are read by the handler, so a null pointer is refused like the others.
     if (device == nullptr || device_id == nullptr || params == nullptr) return VEXCAP_E_INVALID_ARG;
-    const int result = request(kMsgDeviceOpen, as_wparam(device_id),
-                               as_lparam(const_cast<vexcap_open_params*>(params)));
+    const int result = request<DeviceOpenRequest>(device_id, params);
     if (result != VEXCAP_OK) return result;
     auto* handle = static_cast<vexcap_device*>(std::calloc(1, sizeof(vexcap_device)));
     if (handle == nullptr) return VEXCAP_E_FAIL;
@@ -272,9 +301,9 @@ VEXCAP_API int vexcap_device_close(vexcap_device* device) {
   if (device == nullptr) return VEXCAP_E_INVALID_ARG;
   // The handle is freed whatever the request answered (a deferred close works on a copy).
   const int result = guarded("vexcap_device_close", [&] {
-    if (const auto deferred = defer_from_host_callback("vexcap_device_close", kMsgDeviceClose, *device))
+    if (const auto deferred = defer_from_host_callback<DeviceCloseRequest>("vexcap_device_close", *device))
       return *deferred;
-    return request(kMsgDeviceClose, 0, as_lparam(device));
+    return request<DeviceCloseRequest>(nullptr, device);
   });
   std::free(device);
   return result;
@@ -287,7 +316,7 @@ VEXCAP_API int vexcap_start_streaming(vexcap_device* device, vexcap_frame_callba
   return guarded("vexcap_start_streaming", [&] {
     if (device == nullptr) return VEXCAP_E_INVALID_ARG;
     CallbackArgs args{reinterpret_cast<void*>(callback), context};
-    return request(kMsgStartStreaming, as_wparam(&args), as_lparam(device));
+    return request<StartStreamingRequest>(&args, device);
   });
 }
 
@@ -296,26 +325,26 @@ VEXCAP_API int vexcap_start_streaming_ex(vexcap_device* device, vexcap_frame_cal
   return guarded("vexcap_start_streaming_ex", [&] {
     if (device == nullptr) return VEXCAP_E_INVALID_ARG;
     CallbackArgs args{reinterpret_cast<void*>(callback), context};
-    return request_with_selector(device, stream_selector, kMsgStartStreamingEx, as_wparam(&args));
+    return request_with_selector<StartStreamingExRequest>(device, stream_selector, &args);
   });
 }
 
 VEXCAP_API int vexcap_stop_streaming(vexcap_device* device) {
   return guarded("vexcap_stop_streaming", [&] {
     if (device == nullptr) return VEXCAP_E_INVALID_ARG;
-    if (const auto deferred = defer_from_host_callback("vexcap_stop_streaming", kMsgStopStreaming, *device))
+    if (const auto deferred = defer_from_host_callback<StopStreamingRequest>("vexcap_stop_streaming", *device))
       return *deferred;
-    return device_request(device, kMsgStopStreaming);
+    return device_request<StopStreamingRequest>(device);
   });
 }
 
 VEXCAP_API int vexcap_stop_streaming_ex(vexcap_device* device, uint32_t stream_selector) {
   return guarded("vexcap_stop_streaming_ex", [&] {
     if (device == nullptr) return VEXCAP_E_INVALID_ARG;
-    if (const auto deferred = defer_from_host_callback("vexcap_stop_streaming_ex", kMsgStopStreamingEx, *device,
+    if (const auto deferred = defer_from_host_callback<StopStreamingExRequest>("vexcap_stop_streaming_ex", *device,
                                                        std::nullopt, stream_selector))
       return *deferred;
-    return request_with_selector(device, stream_selector, kMsgStopStreamingEx, 0);
+    return request_with_selector<StopStreamingExRequest>(device, stream_selector, nullptr);
   });
 }
 
@@ -332,31 +361,31 @@ VEXCAP_API int vexcap_return_frame(vexcap_frame* frame) {
 // ---- Controls --------------------------------------------------------------------------------
 
 VEXCAP_API int vexcap_set_exposure(vexcap_device* device, int64_t exposure) {
-  return guarded("vexcap_set_exposure", [&] { return set_value(device, exposure, kMsgSetExposure); });
+  return guarded("vexcap_set_exposure", [&] { return set_value<SetExposureRequest>(device, exposure); });
 }
 
 VEXCAP_API int vexcap_set_iso_speed(vexcap_device* device, uint32_t iso_speed) {
-  return guarded("vexcap_set_iso_speed", [&] { return set_value(device, iso_speed, kMsgSetIsoSpeed); });
+  return guarded("vexcap_set_iso_speed", [&] { return set_value<SetIsoSpeedRequest>(device, iso_speed); });
 }
 
 VEXCAP_API int vexcap_set_led_power(vexcap_device* device, uint32_t power) {
-  return guarded("vexcap_set_led_power", [&] { return set_value(device, power, kMsgSetLedPower); });
+  return guarded("vexcap_set_led_power", [&] { return set_value<SetLedPowerRequest>(device, power); });
 }
 
 VEXCAP_API int vexcap_get_exposure(vexcap_device* device, uint64_t* exposure) {
-  return guarded("vexcap_get_exposure", [&] { return get_value(device, exposure, kMsgGetExposure); });
+  return guarded("vexcap_get_exposure", [&] { return get_value<GetExposureRequest>(device, exposure); });
 }
 
 VEXCAP_API int vexcap_get_iso_speed(vexcap_device* device, uint32_t* iso_speed) {
-  return guarded("vexcap_get_iso_speed", [&] { return get_value(device, iso_speed, kMsgGetIsoSpeed); });
+  return guarded("vexcap_get_iso_speed", [&] { return get_value<GetIsoSpeedRequest>(device, iso_speed); });
 }
 
 VEXCAP_API int vexcap_set_dev_property(vexcap_device* device, vexcap_property* property) {
-  return guarded("vexcap_set_dev_property", [&] { return get_value(device, property, kMsgSetDeviceProperty); });
+  return guarded("vexcap_set_dev_property", [&] { return get_value<SetDevicePropertyRequest>(device, property); });
 }
 
 VEXCAP_API int vexcap_get_dev_property(vexcap_device* device, vexcap_property* property) {
-  return guarded("vexcap_get_dev_property", [&] { return get_value(device, property, kMsgGetDeviceProperty); });
+  return guarded("vexcap_get_dev_property", [&] { return get_value<GetDevicePropertyRequest>(device, property); });
 }
 
 // ---- Device callbacks ------------------------------------------------------------------------
@@ -377,45 +406,40 @@ VEXCAP_API int vexcap_unregiester_device_callbacks(vexcap_device_subscription* s
 VEXCAP_API int vexcap_register_for_excl_ctrl_status_event(vexcap_device* device,
                                                           vexcap_excl_ctrl_status_callback callback,
                                                           void* context) {
-  return register_event("vexcap_register_for_excl_ctrl_status_event", device,
-                        reinterpret_cast<void*>(callback), context, kMsgRegisterExclusiveControl);
+  return register_event<RegisterExclusiveControlRequest>("vexcap_register_for_excl_ctrl_status_event", device, reinterpret_cast<void*>(callback), context);
 }
 
 VEXCAP_API int vexcap_unregister_for_excl_ctrl_status_event(vexcap_device* device) {
-  return unregister_event("vexcap_unregister_for_excl_ctrl_status_event", device, kMsgUnregisterExclusiveControl);
+  return unregister_event<UnregisterExclusiveControlRequest>("vexcap_unregister_for_excl_ctrl_status_event", device);
 }
 
 VEXCAP_API int vexcap_register_for_rgb_status_event(vexcap_device* device,
                                                     vexcap_rgb_status_callback callback,
                                                     void* context) {
-  return register_event("vexcap_register_for_rgb_status_event", device, reinterpret_cast<void*>(callback),
-                        context, kMsgRegisterRgbStatus);
+  return register_event<RegisterRgbStatusRequest>("vexcap_register_for_rgb_status_event", device, reinterpret_cast<void*>(callback), context);
 }
 
 VEXCAP_API int vexcap_unregister_for_rgb_status_event(vexcap_device* device) {
-  return unregister_event("vexcap_unregister_for_rgb_status_event", device, kMsgUnregisterRgbStatus);
+  return unregister_event<UnregisterRgbStatusRequest>("vexcap_unregister_for_rgb_status_event", device);
 }
 
 VEXCAP_API int vexcap_register_for_unsupported_format_status_event(
     vexcap_device* device, vexcap_unsupported_format_callback callback, void* context) {
-  return register_event("vexcap_register_for_unsupported_format_status_event", device,
-                        reinterpret_cast<void*>(callback), context, kMsgRegisterUnsupportedFormat);
+  return register_event<RegisterUnsupportedFormatRequest>("vexcap_register_for_unsupported_format_status_event", device, reinterpret_cast<void*>(callback), context);
 }
 
 VEXCAP_API int vexcap_unregister_for_unsupported_format_status_event(vexcap_device* device) {
-  return unregister_event("vexcap_unregister_for_unsupported_format_status_event", device,
-                          kMsgUnregisterUnsupportedFormat);
+  return unregister_event<UnregisterUnsupportedFormatRequest>("vexcap_unregister_for_unsupported_format_status_event", device);
 }
 
 VEXCAP_API int vexcap_register_for_rgb_stopped_event(vexcap_device* device,
                                                      vexcap_rgb_stopped_callback callback,
                                                      void* context) {
-  return register_event("vexcap_register_for_rgb_stopped_event", device, reinterpret_cast<void*>(callback),
-                        context, kMsgRegisterRgbStopped);
+  return register_event<RegisterRgbStoppedRequest>("vexcap_register_for_rgb_stopped_event", device, reinterpret_cast<void*>(callback), context);
 }
 
 VEXCAP_API int vexcap_unregister_for_rgb_stopped_event(vexcap_device* device) {
-  return unregister_event("vexcap_unregister_for_rgb_stopped_event", device, kMsgUnregisterRgbStopped);
+  return unregister_event<UnregisterRgbStoppedRequest>("vexcap_unregister_for_rgb_stopped_event", device);
 }
 
 }  // extern "C"
@@ -424,6 +448,6 @@ VEXCAP_API int vexcap_unregister_for_rgb_stopped_event(vexcap_device* device) {
 VEXCAP_API int vexcap_get_led_power(vexcap_device* device, unsigned int* power) {
   return guarded("vexcap_get_led_power", [&] {
     if (device == nullptr) return VEXCAP_E_INVALID_ARG;
-    return request(kMsgGetLedPower, reinterpret_cast<std::uintptr_t>(power), as_lparam(device));
+    return request<GetLedPowerRequest>(power, device);
   });
 }
