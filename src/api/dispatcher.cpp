@@ -18,9 +18,9 @@ Dispatcher::Dispatcher(std::shared_ptr<RequestSlots> slots, std::shared_ptr<devi
                        device::DeviceEnvironment device_environment)
     : slots_holder_(std::move(slots)),
       slots_(*slots_holder_),
-      devices_(std::move(devices)),
       device_environment_(std::move(device_environment)),
-      runtime_(process_runtime()) {}
+      runtime_(process_runtime()),
+      devices_(std::move(devices)) {}
 
 Dispatcher::~Dispatcher() = default;
 
@@ -169,19 +169,13 @@ hresult Dispatcher::open_device(const wchar_t* device_id, const vexcap_open_para
     device->close();  // a client initialized meanwhile lets its camera go
     return opened;
   }
-  vexcap_device handle{params->stream_mode, 0, 0};
-  std::shared_ptr<device::Device>& slot = device_slot(handle);
-  if (slot) unreachable_devices_.push_back(std::move(slot));
-  slot = std::move(device);
-  devices_->set(device::OpenDevices::slot_of(params->stream_mode), slot);
+  devices_.put(params->stream_mode, std::move(device));
   return HR_OK;
 }
 
 hresult Dispatcher::close_device(Unused*, vexcap_device* handle) {
-  std::shared_ptr<device::Device>& slot = device_slot(*handle);
-  if (!slot) return HR_FAIL;
-  std::shared_ptr<device::Device> device = std::move(slot);  // a second close finds the slot empty
-  devices_->set(device::OpenDevices::slot_of(handle->stream_mode), nullptr);
+  const std::shared_ptr<device::Device> device = devices_.take(*handle);
+  if (!device) return HR_FAIL;
   device->close();
   return HR_OK;
 }
@@ -198,11 +192,7 @@ hresult Dispatcher::recover_capture(Unused*, std::weak_ptr<capture::CaptureClien
 }
 
 void Dispatcher::end_devices_left_open() {
-  std::vector<std::shared_ptr<device::Device>> open = std::move(unreachable_devices_);
-  for (std::shared_ptr<device::Device>* slot : {&mode_zero_device_, &non_zero_mode_device_})
-    if (*slot) open.push_back(std::move(*slot));
-  devices_->set(0, nullptr);
-  devices_->set(1, nullptr);
+  const std::vector<std::shared_ptr<device::Device>> open = devices_.take_all();
   if (!open.empty()) VXLOG('W', "Exit with %u device(s) still open: ending their capture", static_cast<unsigned>(open.size()));
   for (const std::shared_ptr<device::Device>& device : open) device->close();
 }
@@ -330,10 +320,6 @@ hresult Dispatcher::set_device_property(vexcap_property* property, vexcap_device
 hresult Dispatcher::get_device_property(vexcap_property* property, vexcap_device* handle) {
   const std::shared_ptr<device::Device>& device = device_slot(*handle);
   return device ? capture::get_device_property(*device->exclusive_client(), *property) : HR_INVALID_STATE;
-}
-
-std::shared_ptr<device::Device>& Dispatcher::device_slot(const vexcap_device& handle) {
-  return handle.stream_mode != 0 ? non_zero_mode_device_ : mode_zero_device_;
 }
 
 }  // namespace vexcap::api

@@ -10,12 +10,9 @@
 #include "api/requests.h"
 #include "api/runtime_startup.h"
 #include "device/device_environment.h"
+#include "device/device_slots.h"
 #include "device/open_devices.h"
 #include "vexcap/vexcap.h"
-
-namespace vexcap::device {
-class Device;
-}
 
 namespace vexcap::api {
 
@@ -78,18 +75,15 @@ class Dispatcher final : public RequestHandler {
 
   std::shared_ptr<capture::CaptureClient> client_for(const vexcap_device& handle, bool by_selector);
 
-  // One device object per stream-mode class: mode 0, and any non-zero mode.
-  std::shared_ptr<device::Device>& device_slot(const vexcap_device& handle);
+  const std::shared_ptr<device::Device>& device_slot(const vexcap_device& handle) const {
+    return devices_.find(handle);
+  }
 
   const std::shared_ptr<RequestSlots> slots_holder_;
   RequestSlots& slots_;
-  const std::shared_ptr<device::OpenDevices> devices_;
   const device::DeviceEnvironment device_environment_;
   RuntimeLifetime& runtime_;
-  std::shared_ptr<device::Device> mode_zero_device_;
-  std::shared_ptr<device::Device> non_zero_mode_device_;
-  // Devices replaced by a second open of their slot: unreachable, but kept running.
-  std::vector<std::shared_ptr<device::Device>> unreachable_devices_;
+  device::DeviceSlots devices_;
 };
 
 }  // namespace vexcap::api
