@@ -4,10 +4,11 @@
 #include <thread>
 
 #include "sources/platform_names.h"
-#include "common/host_callback.h"
 #include "sources/source_group_dump.h"
 #include "sources/source_lookup.h"
+#include "capture/exposure_iso.h"
 #include "capture/frame_delivery.h"
+#include "capture/led_torch.h"
 #include "capture/shutdown_test.h"
 #include "log/log.h"
 
@@ -305,7 +306,7 @@ hresult CaptureClient::start_streaming(vexcap_frame_callback callback, void* con
     VXLOG('E', "start_streaming: not valid state");
     return HR_INVALID_STATE;
   }
-  std::unique_lock<std::mutex> lock(callback_lock_);
+  std::unique_lock<std::mutex> lock = stream_.hold();
   try {
     // The handler holds only a weak reference: a pending frame never keeps a client alive.
     std::weak_ptr<CaptureClient> weak = weak_from_this();
@@ -315,7 +316,7 @@ hresult CaptureClient::start_streaming(vexcap_frame_callback callback, void* con
     frame_arrived_token_ = frame_reader_->add_frame_arrived([weak](platform::FrameReader& reader) {
       const std::shared_ptr<CaptureClient> client = weak.lock();
       if (!client) return HR_DISCONNECTED;
-      return client->on_frame_arrived(reader);
+      return deliver_newest_frame(client->stream_, reader);
     });
     const platform::ReaderStartStatus status = frame_reader_->start();
     if (status != platform::ReaderStartStatus::Success) {
@@ -324,13 +325,10 @@ hresult CaptureClient::start_streaming(vexcap_frame_callback callback, void* con
       VXLOG('E', "Reader did not start: %ws (%d)", sources::name_of(status), static_cast<int>(status));
       frame_reader_->remove_frame_arrived(frame_arrived_token_);
       frame_arrived_token_ = 0;
-      frame_callback_ = nullptr;
-      frame_context_ = nullptr;
+      stream_.clear_listener(lock);
       return HR_INVALID_STATE;
     }
-    frame_callback_ = callback;
-    frame_context_ = context;
-    ++stream_generation_;
+    stream_.start(lock, {callback, context});
   } catch (const PlatformError& error) {
     VXLOG('E', "start stream exception: %ws", error.message().c_str());
     lock.unlock();
@@ -340,41 +338,29 @@ hresult CaptureClient::start_streaming(vexcap_frame_callback callback, void* con
   return HR_OK;
 }
 
-hresult CaptureClient::on_frame_arrived(platform::FrameReader& reader) {
-  return capture::deliver_newest_frame(*this, reader);
+hresult CaptureClient::read_exposure(std::uint64_t& exposure) { return get_exposure(*this, exposure); }
+
+hresult CaptureClient::read_gain(std::uint32_t& gain) {
+  return xu_control_ ? xu_control_->read_gain(gain) : HR_FAIL;
 }
 
-CaptureClient::FrameCallback CaptureClient::frame_callback() {
-  std::lock_guard<std::mutex> lock(callback_lock_);
-  return {frame_callback_, frame_context_};
-}
-
-void CaptureClient::end_delivery() {
-  std::lock_guard<std::mutex> lock(callback_lock_);
-  frame_callback_ = nullptr;
-  frame_context_ = nullptr;
+hresult CaptureClient::read_led_power(std::uint32_t& power) {
+  const hresult torch = get_torch_power(*this, power);
+  if (torch == HR_OK) return HR_OK;
+  return xu_control_ ? xu_control_->read_led_power(power) : HR_FAIL;
 }
 
 void CaptureClient::register_unsupported_format(vexcap_unsupported_format_callback callback,
                                          void* context) {
-  std::lock_guard<std::mutex> lock(unsupported_format_lock_);
-  if (!initialized_ || unsupported_format_callback_ != nullptr) return;
-  unsupported_format_callback_ = callback;
-  unsupported_format_context_ = context;
+  const std::unique_lock<std::mutex> lock = unsupported_format_.hold();
+  if (!initialized_ || unsupported_format_.registered(lock)) return;
+  unsupported_format_.store(lock, callback, context);
 }
 
 void CaptureClient::unregister_unsupported_format() {
-  std::lock_guard<std::mutex> lock(unsupported_format_lock_);
-  if (!initialized_ || unsupported_format_callback_ == nullptr) return;
-  unsupported_format_callback_ = nullptr;
-  unsupported_format_context_ = nullptr;
-}
-
-void CaptureClient::raise_unsupported_format() {
-  std::lock_guard<std::mutex> lock(unsupported_format_lock_);
-  if (!unsupported_format_callback_) return;
-  HostCallbackScope marked;
-  unsupported_format_callback_(true, unsupported_format_context_);
+  const std::unique_lock<std::mutex> lock = unsupported_format_.hold();
+  if (!initialized_ || !unsupported_format_.registered(lock)) return;
+  unsupported_format_.clear(lock);
 }
 
 hresult CaptureClient::register_rgb_stopped(vexcap_rgb_stopped_callback callback, void* context) {
@@ -398,9 +384,7 @@ hresult CaptureClient::switch_colour_stream_off() {
 hresult CaptureClient::stop_streaming() {
   {
     // First, in every state: no frame reaches the host once the call began.
-    std::lock_guard<std::mutex> lock(callback_lock_);
-    frame_callback_ = nullptr;
-    frame_context_ = nullptr;
+    stream_.end_delivery();
   }
   if (!initialized_ || !frame_reader_) return HR_INVALID_STATE;
   if (!rgb_disabled_) frame_reader_->stop();

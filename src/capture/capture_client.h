@@ -20,9 +20,8 @@
 #include "common/hresult.h"
 #include "controls/extended_properties.h"
 #include "controls/extension_unit.h"
-#include "capture/control_tracker.h"
-#include "capture/frame_rate.h"
-#include "capture/outstanding_records.h"
+#include "capture/event_registration.h"
+#include "capture/frame_stream.h"
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
 
@@ -31,7 +30,7 @@ namespace vexcap::capture {
 // The client's device identifier holds at most this many UTF-16 units, terminator included.
 constexpr std::size_t kDeviceIdCapacity = 260;
 
-class CaptureClient : public std::enable_shared_from_this<CaptureClient> {
+class CaptureClient : public std::enable_shared_from_this<CaptureClient>, private FrameCamera {
  public:
   // `sharing` (a vexcap_stream_mode): 0 shared, 1 exclusive, anything else logged and treated as
   // shared. The client's sessions, readers and extension unit come from `platform`.
@@ -70,7 +69,7 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient> {
   void handle_capture_failure();
 
   bool is_exclusive() const { return sharing_ == VEXCAP_STREAM_MODE_EXCLUSIVE; }
-  platform::Platform& platform() const { return platform_; }
+  platform::Platform& platform() override { return platform_; }
   bool initialized() const { return initialized_; }
   bool rgb_disabled() const { return rgb_disabled_; }
   std::uint32_t reader_kind() const { return reader_kind_; }
@@ -78,7 +77,7 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient> {
   std::uint16_t preferred_height() const { return preferred_height_; }
   const sources::FormatTable& format_table() const { return format_table_; }
   std::wstring device_id() const;
-  std::shared_ptr<platform::FrameSource> frame_source() const { return frame_source_; }
+  std::shared_ptr<platform::FrameSource> frame_source() const override { return frame_source_; }
   std::shared_ptr<platform::FrameSource> second_source() const { return second_source_; }
   std::shared_ptr<platform::FrameReader> frame_reader() const { return frame_reader_; }
   bool has_capture() const { return capture_ != nullptr; }
@@ -86,32 +85,21 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient> {
   // The frame source's controller, for the extended properties.
   controls::PropertyTarget property_target() const;
   bool has_source_group() const { return source_group_ != nullptr; }
+  // The client's frames as frame delivery sees them.
+  FrameStream& frame_stream() { return stream_; }
   // The controls this client set last, for the frames it reads.
-  capture::ControlTracker& control_tracker() { return control_tracker_; }
-
-  // The host's frame callback and its context, copied together under the callback lock.
-  struct FrameCallback {
-    vexcap_frame_callback callback = nullptr;
-    void* context = nullptr;
-  };
-  FrameCallback frame_callback();
-  // The host's callback answered false: no further frame reaches it until the next start.
-  void end_delivery();
+  ControlTracker& control_tracker() { return stream_.control_tracker(); }
   // Counts the starts: a stop asked for earlier applies only to the stream it saw running.
-  std::uint64_t stream_generation() const { return stream_generation_.load(); }
-  // The records this client's frames handed to the host and not yet returned.
-  const std::shared_ptr<capture::OutstandingRecords>& outstanding_records() const { return outstanding_records_; }
-
+  std::uint64_t stream_generation() const { return stream_.generation(); }
   // Frames per second the host accepts, 0 = no limit.
-  void set_frame_rate_limit(std::uint32_t frames_per_second) { frame_rate_limit_.set(frames_per_second); }
-  capture::FrameRateLimit& frame_rate_limit() { return frame_rate_limit_; }
+  void set_frame_rate_limit(std::uint32_t frames_per_second) { stream_.frame_rate_limit().set(frames_per_second); }
 
   // The unsupported-format event: raised with its lock held; nothing happens without a callback.
   // Stored only on an initialized client that has none yet: a second registration keeps the
   // first. Unregistering clears it (on an initialized client).
   void register_unsupported_format(vexcap_unsupported_format_callback callback, void* context);
   void unregister_unsupported_format();
-  void raise_unsupported_format();
+  void raise_unsupported_format() { stream_.raise_unsupported_format(); }
 
   // The exclusive-control status event: the host hears the capture instance's status changes,
   // called with the event lock held. A second registration keeps the first. Registration
@@ -146,8 +134,11 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient> {
   void drop_capture();  // closes the capture (logged on failure) and lets it go
   void load_extension_unit(std::uint32_t reader_kind);
   void switch_llc_on();
-  hresult on_frame_arrived(platform::FrameReader& reader);
   bool can_stream() const;
+  // What a frame record reports of the camera (FrameCamera).
+  hresult read_exposure(std::uint64_t& exposure) override;
+  hresult read_gain(std::uint32_t& gain) override;
+  hresult read_led_power(std::uint32_t& power) override;
 
   platform::Platform& platform_;
   const std::uint32_t sharing_;  // a vexcap_stream_mode
@@ -172,29 +163,16 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient> {
   std::optional<platform::CaptureSettings> capture_settings_;
   std::atomic<hresult> last_capture_failure_{HR_OK};
 
-  std::mutex callback_lock_;  // guards frame_callback_ and frame_context_
-  vexcap_frame_callback frame_callback_ = nullptr;
-  void* frame_context_ = nullptr;
-  std::atomic<std::uint64_t> stream_generation_{0};
-  const std::shared_ptr<capture::OutstandingRecords> outstanding_records_ =
-      std::make_shared<capture::OutstandingRecords>();
-
-  std::mutex exclusive_control_lock_;  // guards the two fields below
-  vexcap_excl_ctrl_status_callback exclusive_control_callback_ = nullptr;
-  void* exclusive_control_context_ = nullptr;
-
-  std::mutex unsupported_format_lock_;  // guards the two fields below
-  vexcap_unsupported_format_callback unsupported_format_callback_ = nullptr;
-  void* unsupported_format_context_ = nullptr;
-
-  capture::FrameRateLimit frame_rate_limit_;
+  // The client's event registrations: each with its own lock, held while the host is called.
+  EventRegistration<vexcap_excl_ctrl_status_callback> exclusive_control_;
+  EventRegistration<vexcap_unsupported_format_callback> unsupported_format_;
+  FrameStream stream_{*this, unsupported_format_};
 
   std::mutex failure_lock_;  // held for the whole of a capture-failure recovery
   FailureNotifier failure_notifier_;
   std::array<wchar_t, kDeviceIdCapacity> device_id_{};
 
   bool rgb_disabled_ = false;  // set for good when the host switches the colour stream off
-  capture::ControlTracker control_tracker_;
 };
 
 }  // namespace vexcap::capture

@@ -1,6 +1,5 @@
 // The exclusive-control status event of a capture client.
 #include "capture/capture_client.h"
-#include "common/host_callback.h"
 #include "controls/face_auth_wait.h"
 #include "log/log.h"
 
@@ -21,8 +20,8 @@ constexpr std::int32_t kFaceAuthSettling = 2;
 
 hresult CaptureClient::register_exclusive_control_status(vexcap_excl_ctrl_status_callback callback,
                                                   void* context) {
-  std::lock_guard<std::mutex> lock(exclusive_control_lock_);
-  if (exclusive_control_callback_ != nullptr) return HR_OK;
+  const std::unique_lock<std::mutex> lock = exclusive_control_.hold();
+  if (exclusive_control_.registered(lock)) return HR_OK;
   if (!capture_) return HR_INVALID_STATE;
 
   std::weak_ptr<CaptureClient> weak = weak_from_this();
@@ -30,15 +29,12 @@ hresult CaptureClient::register_exclusive_control_status(vexcap_excl_ctrl_status
       [weak](const platform::ExclusiveControlChange& change) {
         const std::shared_ptr<CaptureClient> client = weak.lock();
         if (!client) return;
-        std::lock_guard<std::mutex> lock(client->exclusive_control_lock_);
-        if (client->exclusive_control_callback_ == nullptr) return;
         const bool available = change.status == platform::ExclusiveControlStatus::ExclusiveControlAvailable;
-        HostCallbackScope marked;
-        client->exclusive_control_callback_(change.device_id.c_str(), host_status(change.status),
-                                            available, client->exclusive_control_context_);
+        client->exclusive_control_.raise([&](vexcap_excl_ctrl_status_callback callback, void* context) {
+          callback(change.device_id.c_str(), host_status(change.status), available, context);
+        });
       });
-  exclusive_control_callback_ = callback;
-  exclusive_control_context_ = context;
+  exclusive_control_.store(lock, callback, context);
 
   if (initialized_ && frame_source_ &&
       static_cast<std::int32_t>(frame_source_->exclusive_control_status()) == kFaceAuthSettling) {
@@ -50,9 +46,8 @@ hresult CaptureClient::register_exclusive_control_status(vexcap_excl_ctrl_status
 }
 
 hresult CaptureClient::unregister_exclusive_control_status() {
-  std::lock_guard<std::mutex> lock(exclusive_control_lock_);
-  exclusive_control_callback_ = nullptr;
-  exclusive_control_context_ = nullptr;
+  const std::unique_lock<std::mutex> lock = exclusive_control_.hold();
+  exclusive_control_.clear(lock);
   if (exclusive_control_token_ == 0 || !capture_) return HR_OK;
   try {
     capture_->remove_exclusive_control_status_changed(exclusive_control_token_);

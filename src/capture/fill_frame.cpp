@@ -1,7 +1,6 @@
 #include "capture/fill_frame.h"
 
 #include "sources/platform_names.h"
-#include "capture/capture_client.h"
 #include "capture/frame_controls.h"
 #include "capture/frame_rate.h"
 #include "frames/illumination.h"
@@ -18,12 +17,12 @@ bool is_rgb24_frame(platform::Frame& frame) {
 
 }  // namespace
 
-std::uint32_t fill_frame(capture::CaptureClient& client, platform::Frame& frame, vexcap_frame& record,
+std::uint32_t fill_frame(FrameStream& stream, platform::Frame& frame, vexcap_frame& record,
                          std::shared_ptr<platform::Bitmap>& bitmap) {
   VXLOG('D', "Frame Metadata----------");
   // Every frame counts towards the five after a control change, whatever becomes of it; a
   // control is read back only once the camera can be expected to apply it.
-  const ControlReport report = client.control_tracker().next_frame();
+  const ControlReport report = stream.control_tracker().next_frame();
 
   // Later rules override earlier ones: illumination, then the rate verdict, then the RGB24
   // conversion, then the LED read.
@@ -43,7 +42,7 @@ std::uint32_t fill_frame(capture::CaptureClient& client, platform::Frame& frame,
 
   const double rate = measure_frame_rate(record.timestamp);
   // A frame over the limit still gets its bitmap: an RGB24 or LED read may yet deliver it.
-  if (!client.frame_rate_limit().admit(rate, record.timestamp)) status = kFrameTooFast;
+  if (!stream.frame_rate_limit().admit(rate, record.timestamp)) status = kFrameTooFast;
 
   if (std::shared_ptr<platform::Bitmap> own = frame.software_bitmap()) {
     bitmap = std::move(own);
@@ -51,7 +50,7 @@ std::uint32_t fill_frame(capture::CaptureClient& client, platform::Frame& frame,
   } else {
     bool converted = false;
     if (is_rgb24_frame(frame)) {
-      const hresult result = frames::convert_rgb24_frame_to_nv12(frame, client.platform(), bitmap);
+      const hresult result = frames::convert_rgb24_frame_to_nv12(frame, stream.camera().platform(), bitmap);
       status = static_cast<std::uint32_t>(result);
       converted = !failed(result);
       if (converted) record.pixel_format = static_cast<std::uint32_t>(bitmap->pixel_format());
@@ -69,7 +68,7 @@ std::uint32_t fill_frame(capture::CaptureClient& client, platform::Frame& frame,
     record.height = static_cast<std::uint32_t>(bitmap->pixel_height());
   }
 
-  if (const std::optional<hresult> led_read = report_controls(client, report, record))
+  if (const std::optional<hresult> led_read = report_controls(stream.camera(), report, record))
     status = static_cast<std::uint32_t>(*led_read);
 
   VXLOG('D', "Exposure: %llu", static_cast<unsigned long long>(record.exposure));

@@ -4,12 +4,9 @@
 #include <cstdint>
 #include <memory>
 
+#include "capture/frame_stream.h"
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
-
-namespace vexcap::capture {
-class CaptureClient;
-}
 
 namespace vexcap::capture {
 
@@ -22,7 +19,7 @@ inline constexpr std::uint32_t kFrameFormatUnsupported = 16;
 // client's frame-rate limit, kFrameFormatUnsupported when no bitmap can be made of it, and
 // otherwise the last word of the illumination, RGB24 and LED reads (an HRESULT).
 // Platform failures are thrown.
-std::uint32_t fill_frame(capture::CaptureClient& client, platform::Frame& frame, vexcap_frame& record,
+std::uint32_t fill_frame(FrameStream& stream, platform::Frame& frame, vexcap_frame& record,
                          std::shared_ptr<platform::Bitmap>& bitmap);
 
 }  // namespace vexcap::capture

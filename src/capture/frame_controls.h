@@ -5,11 +5,8 @@
 
 #include "common/hresult.h"
 #include "capture/control_tracker.h"
+#include "capture/frame_stream.h"
 #include "vexcap/vexcap.h"
-
-namespace vexcap::capture {
-class CaptureClient;
-}
 
 namespace vexcap::capture {
 
@@ -17,7 +14,7 @@ namespace vexcap::capture {
 // and 255 when nothing is reported). Answers the result of the LED power read when the LED
 // power is reported, nullopt otherwise. The report is the tracker's step for this frame
 // (ControlTracker::next_frame): a control is reported from the fifth frame after the host set it.
-std::optional<hresult> report_controls(capture::CaptureClient& client, const ControlReport& report,
+std::optional<hresult> report_controls(FrameCamera& camera, const ControlReport& report,
                                        vexcap_frame& record);
 
 }  // namespace vexcap::capture

@@ -4,7 +4,6 @@
 #include <new>
 #include <optional>
 
-#include "capture/capture_client.h"
 #include "common/host_callback.h"
 #include "capture/fill_frame.h"
 #include "capture/outstanding_records.h"
@@ -86,30 +85,39 @@ class Reservation {
 
 }  // namespace
 
-hresult deliver_newest_frame(capture::CaptureClient& client, platform::FrameReader& reader) {
+hresult deliver_newest_frame(FrameStream& stream, platform::FrameReader& reader) {
   const std::shared_ptr<platform::Frame> frame = reader.try_acquire_latest_frame();
   if (!frame) return HR_OK;
   FrameCloser closer{*frame};
 
-  const auto [callback, context] = client.frame_callback();
-  if (!callback) return HR_OK;  // nobody listens: no record is built
+  const auto [callback, context] = stream.listener();
+  if (!callback) {
+    stream.on_frame_dropped(FrameDropReason::NoListener);
+    return HR_OK;
+  }
   // A host that keeps its records holds at most the stream's limit; further frames are dropped.
-  const std::shared_ptr<OutstandingRecords> outstanding = client.outstanding_records();
-  if (!outstanding->reserve()) return HR_OK;
+  const std::shared_ptr<OutstandingRecords> outstanding = stream.outstanding_records();
+  if (!outstanding->reserve()) {
+    stream.on_frame_dropped(FrameDropReason::OutstandingLimit);
+    return HR_OK;
+  }
   Reservation reservation(outstanding);
 
   try {
     OwnedRecord record(static_cast<vexcap_frame*>(std::calloc(1, sizeof(vexcap_frame))));
     if (!record) throw std::bad_alloc();
     std::shared_ptr<platform::Bitmap> bitmap;
-    const std::uint32_t status = fill_frame(client, *frame, *record, bitmap);
-    if (status == kFrameTooFast) return HR_OK;
+    const std::uint32_t status = fill_frame(stream, *frame, *record, bitmap);
+    if (status == kFrameTooFast) {
+      stream.on_frame_dropped(FrameDropReason::OverRateLimit);
+      return HR_OK;
+    }
     if (status == kFrameFormatUnsupported) {
-      client.raise_unsupported_format();
+      stream.on_frame_dropped(FrameDropReason::UnsupportedFormat);
       return HR_OK;
     }
 
-    copy_pixels(std::move(bitmap), client.frame_source().get(), *record);
+    copy_pixels(std::move(bitmap), stream.camera().frame_source().get(), *record);
 
     // No lock of the library's is held here: start and stop never wait for the host.
     reservation.hand_over(record.get());
@@ -117,7 +125,7 @@ hresult deliver_newest_frame(capture::CaptureClient& client, platform::FrameRead
     if (callback(record.release(), context)) return HR_OK;
     // False ends delivery of this stream, whichever subscription brought the frame, until the
     // host starts streaming again.
-    client.end_delivery();
+    stream.end_delivery();
     return HR_DISCONNECTED;
   } catch (const platform::PlatformError& error) {
     VXLOG('E', "frame delivery failed: %ws", error.message().c_str());

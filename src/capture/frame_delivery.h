@@ -3,16 +3,13 @@
 #pragma once
 
 #include "common/hresult.h"
+#include "capture/frame_stream.h"
 #include "platform/port.h"
-
-namespace vexcap::capture {
-class CaptureClient;
-}
 
 namespace vexcap::capture {
 
 // Answers HR_OK to keep receiving frames, HR_DISCONNECTED when the host's callback asked to
 // stop, or the code of a platform failure (the record is then freed).
-hresult deliver_newest_frame(capture::CaptureClient& client, platform::FrameReader& reader);
+hresult deliver_newest_frame(FrameStream& stream, platform::FrameReader& reader);
 
 }  // namespace vexcap::capture
