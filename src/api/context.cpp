@@ -13,7 +13,7 @@ namespace vexcap::api {
 
 namespace {
 
-// The contract makes the context process-wide: one request thread serves the whole process.
+// The context is process-wide: one request thread serves every device of the process.
 struct LibraryState {
   std::mutex lifecycle;  // held through every vexcap_init and vexcap_exit
   std::mutex pointer;    // guards context

@@ -11,7 +11,7 @@ namespace vexcap::log {
 
 namespace {
 
-// The log's state is process-wide by contract: every device and thread shares one log.
+// The log's state is process-wide: every device and thread shares one log.
 struct LogState {
   std::mutex lock;                      // serializes formatting and printing
   std::atomic<int> ready{0};            // non-zero while a capture client has set the log up

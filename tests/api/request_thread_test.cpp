@@ -1,4 +1,4 @@
-// The request thread's contract, on whichever transport the build uses (mailbox or window).
+// What the request thread promises, on whichever transport the build uses (mailbox or window).
 #include <gtest/gtest.h>
 
 #include <atomic>

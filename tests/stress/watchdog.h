@@ -1,4 +1,4 @@
-// Fails the run when an export blocks longer than the library's longest specified wait plus a
+// Fails the run when an export blocks longer than the library's longest promised wait plus a
 // margin: it names the call, prints every thread's stack (through gdb where there is one) and
 // aborts, so a deadlock ends the run instead of hanging it.
 #pragma once
