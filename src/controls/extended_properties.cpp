@@ -114,6 +114,21 @@ std::optional<std::uint64_t> face_auth_flag(std::uint32_t host_code) {
 
 unsigned low32(std::uint64_t value) { return static_cast<unsigned>(value & 0xFFFFFFFFu); }
 
+// What setting either property does: refused on an uninitialized client; else the current
+// bytes are read and shown in the log, and a successful read is changed and written back.
+template <typename Read, typename Show, typename Write>
+hresult read_modify_write(const PropertyTarget& target, Read read, Show show, Write write) {
+  if (!target.initialized) {
+    VXLOG('E', "Not valid state");
+    return HR_INVALID_STATE;
+  }
+  Bytes buffer(kExtendedPropertySize, 0);
+  const hresult got = read(target, buffer.data());
+  show(buffer.data());
+  if (failed(got)) return got;
+  return write(buffer);
+}
+
 }  // namespace
 
 hresult get_face_auth_mode(const PropertyTarget& target, std::uint8_t* buffer) {
@@ -125,56 +140,43 @@ hresult get_llc(const PropertyTarget& target, std::uint8_t* buffer) {
 }
 
 hresult set_face_auth_mode(const PropertyTarget& target, std::uint32_t host_code) {
-  if (!target.initialized) {
-    VXLOG('E', "Not valid state");
-    return HR_INVALID_STATE;
-  }
-  Bytes buffer(kExtendedPropertySize, 0);
-  const hresult got = get_face_auth_mode(target, buffer.data());
-
   using namespace face_auth;
-  const std::uint8_t* b = buffer.data();
-  VXLOG('I', "header version: 0x%x", ks::read_u32(b + kVersionOffset));
-  VXLOG('I', "flags: 0x%x", low32(ks::read_u64(b + kFlagsOffset)));
-  VXLOG('I', "result: 0x%x", ks::read_u32(b + kResultOffset));
-  VXLOG('I', "size: 0x%x", ks::read_u32(b + kSizeOffset));
-  VXLOG('I', "capability: 0x%x", low32(ks::read_u64(b + kCapabilityOffset)));
-  VXLOG('I', "pinID: 0x%x", ks::read_u32(b + kPinIdOffset));
-  VXLOG('I', "payload: 0x%x", low32(ks::read_u64(b + kPayloadOffset)));
-  if (failed(got)) return got;
-
-  const std::optional<std::uint64_t> flag = face_auth_flag(host_code);
-  if (!flag) return HR_INVALIDARG;
-  if ((ks::read_u64(b + kCapabilityOffset) & *flag) == 0) {
-    VXLOG('I', "FaceAuthMode: Capability 0x%x not available", low32(*flag));
-    return HR_NOTIMPL;
-  }
-  ks::write_u64(buffer.data() + kFlagsOffset, *flag);
-  ks::write_u64(buffer.data() + kPayloadOffset, *flag);
-  return set_property(target, face_auth_identifier(ks::kTypeSet), buffer, kSetFaceAuth);
+  const auto show = [](const std::uint8_t* b) {
+    VXLOG('I', "header version: 0x%x", ks::read_u32(b + kVersionOffset));
+    VXLOG('I', "flags: 0x%x", low32(ks::read_u64(b + kFlagsOffset)));
+    VXLOG('I', "result: 0x%x", ks::read_u32(b + kResultOffset));
+    VXLOG('I', "size: 0x%x", ks::read_u32(b + kSizeOffset));
+    VXLOG('I', "capability: 0x%x", low32(ks::read_u64(b + kCapabilityOffset)));
+    VXLOG('I', "pinID: 0x%x", ks::read_u32(b + kPinIdOffset));
+    VXLOG('I', "payload: 0x%x", low32(ks::read_u64(b + kPayloadOffset)));
+  };
+  return read_modify_write(target, get_face_auth_mode, show, [&](Bytes& buffer) {
+    const std::optional<std::uint64_t> flag = face_auth_flag(host_code);
+    if (!flag) return HR_INVALIDARG;
+    if ((ks::read_u64(buffer.data() + kCapabilityOffset) & *flag) == 0) {
+      VXLOG('I', "FaceAuthMode: Capability 0x%x not available", low32(*flag));
+      return HR_NOTIMPL;
+    }
+    ks::write_u64(buffer.data() + kFlagsOffset, *flag);
+    ks::write_u64(buffer.data() + kPayloadOffset, *flag);
+    return set_property(target, face_auth_identifier(ks::kTypeSet), buffer, kSetFaceAuth);
+  });
 }
 
 hresult set_llc(const PropertyTarget& target, std::uint32_t host_code) {
-  if (!target.initialized) {
-    VXLOG('E', "Not valid state");
-    return HR_INVALID_STATE;
-  }
-  Bytes buffer(kExtendedPropertySize, 0);
-  const hresult got = get_llc(target, buffer.data());
-  VXLOG('I', "payload: 0x%x", ks::read_u32(buffer.data() + llc::kValueOffset));
-  if (failed(got)) return got;
-
-  std::int32_t value = 0;
-  if (host_code == 0x1301)
-    value = 1;
-  else if (host_code == 0x1302)
-    value = 0;
-  else
-    return HR_INVALIDARG;
-
-  ks::write_property(buffer.data(), ids::kCameraControl, kLlcId, ks::kTypeSet);
-  ks::write_i32(buffer.data() + llc::kValueOffset, value);
-  return set_property(target, buffer, buffer, kSetLlc);
+  const auto show = [](const std::uint8_t* b) { VXLOG('I', "payload: 0x%x", ks::read_u32(b + llc::kValueOffset)); };
+  return read_modify_write(target, get_llc, show, [&](Bytes& buffer) {
+    std::int32_t value = 0;
+    if (host_code == 0x1301)
+      value = 1;
+    else if (host_code == 0x1302)
+      value = 0;
+    else
+      return HR_INVALIDARG;
+    ks::write_property(buffer.data(), ids::kCameraControl, kLlcId, ks::kTypeSet);
+    ks::write_i32(buffer.data() + llc::kValueOffset, value);
+    return set_property(target, buffer, buffer, kSetLlc);
+  });
 }
 
 }  // namespace vexcap::controls

@@ -62,6 +62,22 @@ void log_set_failure(hresult result, std::uint32_t returned) {
   VXLOG('E', "KsPropertySET 0x%x. bytes returned= %lu \n", bits(result), returned);
 }
 
+// Which line a failed round trip logs: none (the caller decides), the get line or the set line.
+enum class FailureLine { None, Get, Set };
+
+// One kernel-streaming round trip: the request out, the driver's bytes into `reply` (which may
+// be the request's own buffer). `returned`, when given, receives the count of bytes returned.
+hresult round_trip(platform::KsControl& control, const std::uint8_t* request, std::uint32_t request_size,
+                   std::uint8_t* reply, std::uint32_t reply_size, FailureLine line,
+                   std::uint32_t* returned = nullptr) {
+  std::uint32_t count = 0;
+  const hresult result = control.property(request, request_size, reply, reply_size, &count);
+  if (failed(result) && line == FailureLine::Get) log_get_failure(result, count);
+  if (failed(result) && line == FailureLine::Set) log_set_failure(result, count);
+  if (returned != nullptr) *returned = count;
+  return result;
+}
+
 }  // namespace
 
 ExtensionUnit::ExtensionUnit()
@@ -193,8 +209,8 @@ hresult ExtensionUnit::find_unit(platform::KsTopology& topology, std::uint32_t c
     const auto request = ks::node_property(unit.property_set, kUnitInfo, kGetTopology, index);
     std::array<std::uint8_t, kReplySize> data{};
     std::uint32_t returned = 0;
-    const hresult result = control_->property(request.data(), ks::kNodeSize, data.data(),
-                                              kReplySize, &returned);
+    const hresult result = round_trip(*control_, request.data(), ks::kNodeSize, data.data(), kReplySize,
+                                      FailureLine::None, &returned);
     if (succeeded(result) &&
         holds_signature(data.data(), std::min(returned, kReplySize), unit.signature)) {
       unit.node_id = index;
@@ -211,7 +227,7 @@ hresult ExtensionUnit::read_unit_control(const ExtensionUnitDescriptor& unit,
                                          std::uint32_t& returned) {
   const std::shared_ptr<platform::KsControl> control = control_;
   const auto request = ks::node_property(unit.property_set, control_id, kGetTopology, unit.node_id);
-  return control->property(request.data(), ks::kNodeSize, data.data(), kReplySize, &returned);
+  return round_trip(*control, request.data(), ks::kNodeSize, data.data(), kReplySize, FailureLine::None, &returned);
 }
 
 hresult ExtensionUnit::write_unit_control(const ExtensionUnitDescriptor& unit,
@@ -219,10 +235,7 @@ hresult ExtensionUnit::write_unit_control(const ExtensionUnitDescriptor& unit,
                                           std::uint32_t size) {
   const std::shared_ptr<platform::KsControl> control = control_;
   const auto request = ks::node_property(unit.property_set, control_id, kSetTopology, unit.node_id);
-  std::uint32_t returned = 0;
-  const hresult result = control->property(request.data(), ks::kNodeSize, data, size, &returned);
-  if (failed(result)) log_set_failure(result, returned);
-  return result;
+  return round_trip(*control, request.data(), ks::kNodeSize, data, size, FailureLine::Set);
 }
 
 hresult ExtensionUnit::read_gain(std::uint32_t& gain) {
@@ -230,13 +243,9 @@ hresult ExtensionUnit::read_gain(std::uint32_t& gain) {
   if (!control) return HR_FAIL;
   std::array<std::uint8_t, kProcAmpNodeSize> buffer{};
   ks::write_node_property(buffer.data(), ids::kVideoProcAmp, kGain, kGetTopology, processing_node_);
-  std::uint32_t returned = 0;
-  const hresult result = control->property(buffer.data(), kProcAmpNodeSize, buffer.data(),
-                                           kProcAmpNodeSize, &returned);
-  if (failed(result)) {
-    log_get_failure(result, returned);
-    return result;
-  }
+  const hresult result =
+      round_trip(*control, buffer.data(), kProcAmpNodeSize, buffer.data(), kProcAmpNodeSize, FailureLine::Get);
+  if (failed(result)) return result;
   gain = ks::read_u32(buffer.data() + kProcAmpValue);
   return result;
 }
@@ -249,21 +258,14 @@ hresult ExtensionUnit::write_gain(std::uint32_t gain) {
   // Read first so the driver's Capabilities go back as they were.
   std::array<std::uint8_t, kProcAmpNodeSize> buffer{};
   ks::write_node_property(buffer.data(), ids::kVideoProcAmp, kGain, kGetTopology, processing_node_);
-  std::uint32_t returned = 0;
-  hresult result = control->property(buffer.data(), kProcAmpNodeSize, buffer.data(),
-                                     kProcAmpNodeSize, &returned);
-  if (failed(result)) log_get_failure(result, returned);
+  round_trip(*control, buffer.data(), kProcAmpNodeSize, buffer.data(), kProcAmpNodeSize, FailureLine::Get);
 
   ks::write_node_property(buffer.data(), ids::kVideoProcAmp, kGain, kSetTopology, processing_node_);
   ks::write_u32(buffer.data() + kProcAmpValue, gain);
   ks::write_u32(buffer.data() + kProcAmpFlags, kProcAmpFlagsManual);
-  returned = 0;
-  result = control->property(buffer.data(), kProcAmpNodeSize, buffer.data(), kProcAmpNodeSize,
-                             &returned);
-  if (failed(result)) {
-    log_set_failure(result, returned);
-    if (platform_) describe_error(*platform_, result);
-  }
+  const hresult result =
+      round_trip(*control, buffer.data(), kProcAmpNodeSize, buffer.data(), kProcAmpNodeSize, FailureLine::Set);
+  if (failed(result) && platform_) describe_error(*platform_, result);
   return result;
 }
 
@@ -272,13 +274,9 @@ hresult ExtensionUnit::read_video_control_mode(std::uint32_t& mode) {
   if (!control) return HR_FAIL;
   std::array<std::uint8_t, kVideoControlModeSize> buffer{};  // StreamIndex 0, Mode 0
   ks::write_property(buffer.data(), ids::kVideoControl, kVideoControlMode, ks::kTypeGet);
-  std::uint32_t returned = 0;
-  const hresult result = control->property(buffer.data(), kVideoControlModeSize, buffer.data(),
-                                           kVideoControlModeSize, &returned);
-  if (failed(result)) {
-    log_get_failure(result, returned);
-    return result;
-  }
+  const hresult result = round_trip(*control, buffer.data(), kVideoControlModeSize, buffer.data(),
+                                    kVideoControlModeSize, FailureLine::Get);
+  if (failed(result)) return result;
   mode = ks::read_u32(buffer.data() + kVideoControlModeMode);
   return result;
 }

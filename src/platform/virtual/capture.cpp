@@ -93,27 +93,25 @@ std::shared_ptr<platform::FrameReader> VirtualCapture::create_frame_reader(
 platform::EventToken VirtualCapture::add_failed(FailedHandler handler) {
   std::lock_guard lock(mutex_);
   if (initialized_) require_connected();
-  failed_handlers_.emplace(next_token_, std::move(handler));
-  return next_token_++;
+  return failed_handlers_.add(tokens_, std::move(handler));
 }
 
 void VirtualCapture::remove_failed(platform::EventToken token) {
   std::lock_guard lock(mutex_);
   if (initialized_) require_connected();
-  failed_handlers_.erase(token);
+  failed_handlers_.remove(token);
 }
 
 platform::EventToken VirtualCapture::add_exclusive_control_status_changed(ExclusiveControlHandler handler) {
   std::lock_guard lock(mutex_);
   if (initialized_) require_connected();
-  exclusive_handlers_.emplace(next_token_, std::move(handler));
-  return next_token_++;
+  return exclusive_handlers_.add(tokens_, std::move(handler));
 }
 
 void VirtualCapture::remove_exclusive_control_status_changed(platform::EventToken token) {
   std::lock_guard lock(mutex_);
   if (initialized_) require_connected();
-  exclusive_handlers_.erase(token);
+  exclusive_handlers_.remove(token);
 }
 
 std::optional<hresult> VirtualCapture::shutdown_if_supported() {
@@ -158,7 +156,7 @@ void VirtualCapture::post_exclusive_control_changed(const platform::ExclusiveCon
     std::vector<ExclusiveControlHandler> handlers;
     {
       std::lock_guard lock(self->mutex_);
-      for (auto& [token, handler] : self->exclusive_handlers_) handlers.push_back(handler);
+      handlers = self->exclusive_handlers_.handlers();
     }
     for (auto& handler : handlers) handler(change);
   });
@@ -171,7 +169,7 @@ void VirtualCapture::post_failed(const platform::CaptureFailure& failure) {
     std::vector<FailedHandler> handlers;
     {
       std::lock_guard lock(self->mutex_);
-      for (auto& [token, handler] : self->failed_handlers_) handlers.push_back(handler);
+      handlers = self->failed_handlers_.handlers();
     }
     for (auto& handler : handlers) handler(failure);
   });

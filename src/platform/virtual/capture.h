@@ -11,6 +11,7 @@
 
 #include "platform/port.h"
 #include "platform/virtual/event_thread.h"
+#include "platform/virtual/handler_table.h"
 #include "platform/virtual/world.h"
 
 namespace vexcap::virtual_camera {
@@ -57,9 +58,9 @@ class VirtualCapture : public platform::Capture,
   platform::SharingMode mode_ = platform::SharingMode::SharedReadOnly;
   std::shared_ptr<GroupState> group_;
   std::vector<std::shared_ptr<VirtualFrameSource>> sources_;
-  platform::EventToken next_token_ = 1;
-  std::map<platform::EventToken, FailedHandler> failed_handlers_;
-  std::map<platform::EventToken, ExclusiveControlHandler> exclusive_handlers_;
+  TokenCounter tokens_;
+  HandlerTable<FailedHandler> failed_handlers_;
+  HandlerTable<ExclusiveControlHandler> exclusive_handlers_;
 };
 
 class VirtualFrameSource : public platform::FrameSource {

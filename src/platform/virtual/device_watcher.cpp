@@ -1,20 +1,21 @@
 #include "platform/virtual/device_watcher.h"
 
+#include "platform/virtual/handler_table.h"
 #include "platform/virtual/known_ids.h"
 
 namespace vexcap::virtual_camera {
 
 struct VirtualDeviceWatcher::Core : WatcherSink, std::enable_shared_from_this<Core> {
-  std::mutex mutex;  // guards the handler maps, next_token and started
-  std::map<platform::EventToken, AddedHandler> added;
-  std::map<platform::EventToken, UpdateHandler> removed;
-  std::map<platform::EventToken, UpdateHandler> updated;
-  platform::EventToken next_token = 1;
+  std::mutex mutex;  // guards the handler tables, the tokens and started
+  HandlerTable<AddedHandler> added;
+  HandlerTable<UpdateHandler> removed;
+  HandlerTable<UpdateHandler> updated;
+  TokenCounter tokens;
   bool started = false;
   EventThread events;  // declared last: joined first, while the maps still exist
 
   template <typename Handler, typename Arg>
-  void post(std::map<platform::EventToken, Handler> Core::*handlers, Arg arg) {
+  void post(HandlerTable<Handler> Core::*handlers, Arg arg) {
     events.post([weak = weak_from_this(), handlers, arg] {
       auto self = weak.lock();
       if (!self) return;
@@ -22,10 +23,20 @@ struct VirtualDeviceWatcher::Core : WatcherSink, std::enable_shared_from_this<Co
       {
         std::lock_guard lock(self->mutex);
         if (!self->started) return;
-        for (auto& [token, handler] : (*self).*handlers) to_call.push_back(handler);
+        to_call = ((*self).*handlers).handlers();
       }
       for (auto& handler : to_call) handler(arg);
     });
+  }
+  template <typename Handler>
+  platform::EventToken add(HandlerTable<Handler>& table, Handler handler) {
+    std::lock_guard lock(mutex);
+    return table.add(tokens, std::move(handler));
+  }
+  template <typename Handler>
+  void remove(HandlerTable<Handler>& table, platform::EventToken token) {
+    std::lock_guard lock(mutex);
+    table.remove(token);
   }
   void post_added(const platform::DeviceInformation& info) override { post(&Core::added, info); }
   void post_removed(const std::wstring& id) override { post(&Core::removed, platform::DeviceInformationUpdate{id}); }
@@ -38,37 +49,22 @@ VirtualDeviceWatcher::VirtualDeviceWatcher(std::shared_ptr<World> world)
 VirtualDeviceWatcher::~VirtualDeviceWatcher() { world_->stop_watcher(core_.get()); }
 
 platform::EventToken VirtualDeviceWatcher::add_added(AddedHandler handler) {
-  std::lock_guard lock(core_->mutex);
-  core_->added.emplace(core_->next_token, std::move(handler));
-  return core_->next_token++;
+  return core_->add(core_->added, std::move(handler));
 }
 
 platform::EventToken VirtualDeviceWatcher::add_removed(UpdateHandler handler) {
-  std::lock_guard lock(core_->mutex);
-  core_->removed.emplace(core_->next_token, std::move(handler));
-  return core_->next_token++;
+  return core_->add(core_->removed, std::move(handler));
 }
 
 platform::EventToken VirtualDeviceWatcher::add_updated(UpdateHandler handler) {
-  std::lock_guard lock(core_->mutex);
-  core_->updated.emplace(core_->next_token, std::move(handler));
-  return core_->next_token++;
+  return core_->add(core_->updated, std::move(handler));
 }
 
-void VirtualDeviceWatcher::remove_added(platform::EventToken token) {
-  std::lock_guard lock(core_->mutex);
-  core_->added.erase(token);
-}
+void VirtualDeviceWatcher::remove_added(platform::EventToken token) { core_->remove(core_->added, token); }
 
-void VirtualDeviceWatcher::remove_removed(platform::EventToken token) {
-  std::lock_guard lock(core_->mutex);
-  core_->removed.erase(token);
-}
+void VirtualDeviceWatcher::remove_removed(platform::EventToken token) { core_->remove(core_->removed, token); }
 
-void VirtualDeviceWatcher::remove_updated(platform::EventToken token) {
-  std::lock_guard lock(core_->mutex);
-  core_->updated.erase(token);
-}
+void VirtualDeviceWatcher::remove_updated(platform::EventToken token) { core_->remove(core_->updated, token); }
 
 void VirtualDeviceWatcher::start() {
   world_->enter_call_or_throw(PlatformCall::StartWatcher);

@@ -1,13 +1,14 @@
-#include "platform/virtual/frame_reader.h"
 
+
+#include "platform/virtual/frame.h"
+#include "platform/virtual/frame_reader.h"
+#include "platform/virtual/handler_table.h"
+#include "platform/virtual/known_ids.h"
 #include <algorithm>
 #include <deque>
 #include <map>
 #include <mutex>
 #include <thread>
-
-#include "platform/virtual/frame.h"
-#include "platform/virtual/known_ids.h"
 
 namespace vexcap::virtual_camera {
 
@@ -25,8 +26,8 @@ struct VirtualFrameReader::Core {
 
   mutable std::mutex mutex;  // guards everything below
   platform::FrameReader* sender = nullptr;  // the public object while it lives
-  std::map<platform::EventToken, FrameArrivedHandler> handlers;
-  platform::EventToken next_token = 1;
+  HandlerTable<FrameArrivedHandler> handlers;
+  TokenCounter tokens;
   std::deque<std::shared_ptr<platform::Frame>> waiting;
   platform::AcquisitionMode mode = platform::AcquisitionMode::Realtime;
   bool started = false;
@@ -119,7 +120,7 @@ void VirtualFrameReader::Core::deliver(std::shared_ptr<platform::Frame> frame) {
     if (mode == platform::AcquisitionMode::Realtime) waiting.clear();
     waiting.push_back(std::move(frame));
     while (waiting.size() > kBufferedFrames) waiting.pop_front();
-    to_call.assign(handlers.begin(), handlers.end());
+    to_call = handlers.with_tokens();
     reader = sender;
   }
   for (auto& [token, handler] : to_call) {
@@ -132,7 +133,7 @@ void VirtualFrameReader::Core::deliver(std::shared_ptr<platform::Frame> frame) {
     }
     if (result != HR_DISCONNECTED) continue;
     std::lock_guard lock(mutex);  // the event source drops a disconnected delegate
-    handlers.erase(token);
+    handlers.remove(token);
   }
 }
 
@@ -164,13 +165,12 @@ VirtualFrameReader::~VirtualFrameReader() {
 
 platform::EventToken VirtualFrameReader::add_frame_arrived(FrameArrivedHandler handler) {
   std::lock_guard lock(core_->mutex);
-  core_->handlers.emplace(core_->next_token, std::move(handler));
-  return core_->next_token++;
+  return core_->handlers.add(core_->tokens, std::move(handler));
 }
 
 void VirtualFrameReader::remove_frame_arrived(platform::EventToken token) {
   std::lock_guard lock(core_->mutex);
-  core_->handlers.erase(token);
+  core_->handlers.remove(token);
 }
 
 platform::ReaderStartStatus VirtualFrameReader::start() {
