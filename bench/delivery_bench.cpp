@@ -138,7 +138,8 @@ void deliver(benchmark::State& state, const Stream& stream, Cache cache) {
                                              vc::IlluminationMetadata::AlwaysOn, vc::FrameLayoutModel{}, false));
   ReplayReader reader(std::move(frames));
 
-  for (auto _ : state) benchmark::DoNotOptimize(capture::deliver_newest_frame(client->frame_stream(), reader));
+  for (auto _ : state)
+    benchmark::DoNotOptimize(capture::deliver_newest_frame(client->frame_stream(), reader));
   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations()));
   client->clear();
   client.reset();

@@ -119,8 +119,9 @@ Reply reply(FuzzedDataProvider& input) {
   const std::size_t length = input.ConsumeIntegralInRange<std::size_t>(0, 600);
   r.data = input.ConsumeBytes<std::uint8_t>(length);
   if (input.ConsumeBool() && r.data.size() >= 8) {  // a descriptor carrying a unit's signature
-    const auto guid = controls::ks::guid_bytes(input.ConsumeBool() ? controls::ids::kPrimaryExtensionUnit
-                                                         : controls::ids::kAlternativeExtensionUnit);
+    const auto guid =
+        controls::ks::guid_bytes(input.ConsumeBool() ? controls::ids::kPrimaryExtensionUnit
+                                                     : controls::ids::kAlternativeExtensionUnit);
     const std::size_t at = input.ConsumeIntegralInRange<std::size_t>(0, r.data.size() - 8);
     std::copy_n(guid.begin(), 8, r.data.begin() + at);
   }

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "sources/format_table.h"
 #include "fuzz_log.h"
+#include "sources/format_table.h"
 
 using namespace vexcap;
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs, on Debian, what one job needs, and only what is missing:
 #   bash scripts/setup.sh demo    the demo and an installable build (library and vexcap-capture)
-#   bash scripts/setup.sh test    every test run of scripts/test.sh (the default)
+#   bash scripts/setup.sh test    every test run of scripts/test.sh, the style check (the default)
 #   bash scripts/setup.sh bench   the benchmarks
 #   bash scripts/setup.sh fuzz    the fuzz targets
 set -euo pipefail
@@ -11,9 +11,10 @@ build=(cmake make g++ libcli11-dev zlib1g-dev)
 tests=(git pkg-config googletest libgtest-dev libgmock-dev libpng-dev python3 python3-numpy python3-pytest)
 windows=(g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev wine64 llvm)
 fuzzing=(cmake make clang libclang-rt-14-dev)
+style=(clang-format clang-tidy)
 case "$job" in
   demo) packages=("${build[@]}") ;;
-  test) packages=("${build[@]}" "${tests[@]}" "${windows[@]}" "${fuzzing[@]}") ;;
+  test) packages=("${build[@]}" "${tests[@]}" "${windows[@]}" "${fuzzing[@]}" "${style[@]}") ;;
   bench) packages=("${build[@]}" "${tests[@]}" libbenchmark-dev libyuv-dev) ;;
   fuzz) packages=("${fuzzing[@]}") ;;
   *) echo "usage: $0 [demo|test|bench|fuzz]" >&2; exit 2 ;;

@@ -16,6 +16,11 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 bash scripts/setup.sh test
 
+# The conventions on the last commit's changes (scripts/check-style.sh alone checks everything
+# since the merge base with main).
+echo "==== style ===="
+BASE="${STYLE_BASE:-HEAD~1}" bash scripts/check-style.sh
+
 run_preset() {
   local preset="$1"
   echo "==== $preset ===="

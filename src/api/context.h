@@ -6,11 +6,11 @@
 #include <mutex>
 
 #include "api/deferred_requests.h"
-#include "api/requests.h"
-#include "device/open_devices.h"
 #include "api/request_transport.h"
+#include "api/requests.h"
 #include "common/manual_reset_event.h"
 #include "common/reentrant_mutex.h"
+#include "device/open_devices.h"
 
 namespace vexcap::capture {
 class CaptureClient;

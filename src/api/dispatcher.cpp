@@ -29,7 +29,7 @@ Dispatcher::~Dispatcher() = default;
 struct Dispatcher::Routes {
   std::array<Route, kMsgCaptureFailed - kMsgExit + 1> by_message{};
 
-  constexpr Routes() {
+  Routes() {
     add<RuntimeStartupRequest, &Dispatcher::start_runtimes>();
     add<DeviceCapabilitiesRequest, &Dispatcher::device_capabilities>();
     add<DeviceLocationsRequest, &Dispatcher::device_locations>();
@@ -62,7 +62,7 @@ struct Dispatcher::Routes {
   }
 
   template <typename R, auto Handler>
-  constexpr void add() {
+  void add() {
     by_message[R::id - kMsgExit] = route<R, Handler>();
   }
 
@@ -75,8 +75,9 @@ struct Dispatcher::Routes {
 // declaration, and the handler must take exactly those.
 template <typename R, auto Handler>
 constexpr Dispatcher::Route Dispatcher::route() {
-  static_assert(std::is_same_v<decltype(Handler), hresult (Dispatcher::*)(typename R::WRecord*, typename R::LRecord*)>,
-                "a handler takes its request's records");
+  static_assert(
+      std::is_same_v<decltype(Handler), hresult (Dispatcher::*)(typename R::WRecord*, typename R::LRecord*)>,
+      "a handler takes its request's records");
   return [](Dispatcher& dispatcher, std::uintptr_t wparam, std::intptr_t lparam) {
     return (dispatcher.*Handler)(wparam_record<R>(wparam), lparam_record<R>(lparam));
   };
@@ -102,7 +103,7 @@ bool Dispatcher::dispatch(std::uint32_t message, std::uintptr_t wparam, std::int
 }
 
 hresult Dispatcher::handle(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
-  static constexpr Routes routes;
+  static const Routes routes;  // built once, on the first request
   const Route route = routes.find(message);
   if (route == nullptr) return HR_NOTIMPL;
   // A platform failure that a handler leaves uncaught ends the request, never the thread.
@@ -199,7 +200,8 @@ void Dispatcher::end_devices_left_open() {
 
 // ---- Streaming -------------------------------------------------------------------------------
 
-std::shared_ptr<capture::CaptureClient> Dispatcher::client_for(const vexcap_device& handle, bool by_selector) {
+std::shared_ptr<capture::CaptureClient> Dispatcher::client_for(const vexcap_device& handle,
+                                                               bool by_selector) {
   const std::shared_ptr<device::Device>& device = device_slot(handle);
   if (!device) return nullptr;
   return by_selector ? device->client_for_selector(handle.stream_selector) : device->shared_client();
@@ -208,13 +210,15 @@ std::shared_ptr<capture::CaptureClient> Dispatcher::client_for(const vexcap_devi
 hresult Dispatcher::start_streaming(CallbackArgs* callback, vexcap_device* handle) {
   const std::shared_ptr<capture::CaptureClient> client = client_for(*handle, false);
   if (!client) return HR_INVALID_STATE;
-  return client->start_streaming(reinterpret_cast<vexcap_frame_callback>(callback->callback), callback->context);
+  return client->start_streaming(reinterpret_cast<vexcap_frame_callback>(callback->callback),
+                                 callback->context);
 }
 
 hresult Dispatcher::start_streaming_by_selector(CallbackArgs* callback, vexcap_device* handle) {
   const std::shared_ptr<capture::CaptureClient> client = client_for(*handle, true);
   if (!client) return HR_INVALID_STATE;
-  return client->start_streaming(reinterpret_cast<vexcap_frame_callback>(callback->callback), callback->context);
+  return client->start_streaming(reinterpret_cast<vexcap_frame_callback>(callback->callback),
+                                 callback->context);
 }
 
 hresult Dispatcher::stop_streaming(Unused*, vexcap_device* handle) {
@@ -259,8 +263,8 @@ hresult Dispatcher::unregister_exclusive_control(Unused*, vexcap_device* handle)
 hresult Dispatcher::register_rgb_status(CallbackArgs* callback, vexcap_device* handle) {
   const std::shared_ptr<device::Device>& device = device_slot(*handle);
   if (!device) return HR_INVALID_STATE;
-  return device::register_rgb_status(*device, reinterpret_cast<vexcap_rgb_status_callback>(callback->callback),
-                                     callback->context);
+  return device::register_rgb_status(
+      *device, reinterpret_cast<vexcap_rgb_status_callback>(callback->callback), callback->context);
 }
 
 hresult Dispatcher::unregister_rgb_status(Unused*, vexcap_device* handle) {
@@ -271,8 +275,8 @@ hresult Dispatcher::unregister_rgb_status(Unused*, vexcap_device* handle) {
 hresult Dispatcher::register_rgb_stopped(CallbackArgs* callback, vexcap_device* handle) {
   const std::shared_ptr<device::Device>& device = device_slot(*handle);
   if (!device) return HR_INVALID_STATE;
-  return device::register_rgb_stopped(*device, reinterpret_cast<vexcap_rgb_stopped_callback>(callback->callback),
-                                      callback->context);
+  return device::register_rgb_stopped(
+      *device, reinterpret_cast<vexcap_rgb_stopped_callback>(callback->callback), callback->context);
 }
 
 hresult Dispatcher::unregister_rgb_stopped(Unused*, vexcap_device* handle) {

@@ -8,13 +8,13 @@
 #include <type_traits>
 
 #include "api/context.h"
-#include "device/device.h"
-#include "device/device_callbacks.h"
 #include "api/messages.h"
 #include "api/requests.h"
 #include "api/result_codes.h"
-#include "common/host_callback.h"
 #include "capture/outstanding_records.h"
+#include "common/host_callback.h"
+#include "device/device.h"
+#include "device/device_callbacks.h"
 #include "log/log.h"
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
@@ -127,7 +127,8 @@ struct DeferredRequest {
   DeferredTarget target;
 };
 
-std::shared_ptr<capture::CaptureClient> client_for(device::Device& device, std::uint32_t message, std::uint32_t selector) {
+std::shared_ptr<capture::CaptureClient> client_for(device::Device& device, std::uint32_t message,
+                                                   std::uint32_t selector) {
   return message == kMsgStopStreamingEx ? device.client_for_selector(selector) : device.shared_client();
 }
 
@@ -167,8 +168,8 @@ std::optional<int> defer_from_host_callback(const char* name, const vexcap_devic
   if (!inside_host_callback()) return std::nullopt;
   const std::shared_ptr<Context> context = current_context();
   if (!context) return VEXCAP_E_INVALID_STATE;
-  DeferredRequest request{name, message, &send_deferred<R>, vexcap_device{device.stream_mode, 0, selector},
-                          registration, {}};
+  DeferredRequest request{
+      name, message, &send_deferred<R>, vexcap_device{device.stream_mode, 0, selector}, registration, {}};
   request.target.slot = device::OpenDevices::slot_of(device.stream_mode);
   const std::shared_ptr<device::Device> open = context->devices->get(request.target.slot);
   request.target.had_device = open != nullptr;
@@ -332,7 +333,8 @@ VEXCAP_API int vexcap_start_streaming_ex(vexcap_device* device, vexcap_frame_cal
 VEXCAP_API int vexcap_stop_streaming(vexcap_device* device) {
   return guarded("vexcap_stop_streaming", [&] {
     if (device == nullptr) return VEXCAP_E_INVALID_ARG;
-    if (const auto deferred = defer_from_host_callback<StopStreamingRequest>("vexcap_stop_streaming", *device))
+    if (const auto deferred =
+            defer_from_host_callback<StopStreamingRequest>("vexcap_stop_streaming", *device))
       return *deferred;
     return device_request<StopStreamingRequest>(device);
   });
@@ -341,8 +343,8 @@ VEXCAP_API int vexcap_stop_streaming(vexcap_device* device) {
 VEXCAP_API int vexcap_stop_streaming_ex(vexcap_device* device, uint32_t stream_selector) {
   return guarded("vexcap_stop_streaming_ex", [&] {
     if (device == nullptr) return VEXCAP_E_INVALID_ARG;
-    if (const auto deferred = defer_from_host_callback<StopStreamingExRequest>("vexcap_stop_streaming_ex", *device,
-                                                       std::nullopt, stream_selector))
+    if (const auto deferred = defer_from_host_callback<StopStreamingExRequest>(
+            "vexcap_stop_streaming_ex", *device, std::nullopt, stream_selector))
       return *deferred;
     return request_with_selector<StopStreamingExRequest>(device, stream_selector, nullptr);
   });
@@ -381,11 +383,13 @@ VEXCAP_API int vexcap_get_iso_speed(vexcap_device* device, uint32_t* iso_speed) 
 }
 
 VEXCAP_API int vexcap_set_dev_property(vexcap_device* device, vexcap_property* property) {
-  return guarded("vexcap_set_dev_property", [&] { return get_value<SetDevicePropertyRequest>(device, property); });
+  return guarded("vexcap_set_dev_property",
+                 [&] { return get_value<SetDevicePropertyRequest>(device, property); });
 }
 
 VEXCAP_API int vexcap_get_dev_property(vexcap_device* device, vexcap_property* property) {
-  return guarded("vexcap_get_dev_property", [&] { return get_value<GetDevicePropertyRequest>(device, property); });
+  return guarded("vexcap_get_dev_property",
+                 [&] { return get_value<GetDevicePropertyRequest>(device, property); });
 }
 
 // ---- Device callbacks ------------------------------------------------------------------------
@@ -398,7 +402,8 @@ VEXCAP_API int vexcap_regiester_for_device_callbacks(vexcap_device_subscription*
 }
 
 VEXCAP_API int vexcap_unregiester_device_callbacks(vexcap_device_subscription* subscription) {
-  return guarded("vexcap_unregiester_device_callbacks", [&] { return device::unregister_device_callbacks(subscription); });
+  return guarded("vexcap_unregiester_device_callbacks",
+                 [&] { return device::unregister_device_callbacks(subscription); });
 }
 
 // ---- Device events ---------------------------------------------------------------------------
@@ -406,17 +411,20 @@ VEXCAP_API int vexcap_unregiester_device_callbacks(vexcap_device_subscription* s
 VEXCAP_API int vexcap_register_for_excl_ctrl_status_event(vexcap_device* device,
                                                           vexcap_excl_ctrl_status_callback callback,
                                                           void* context) {
-  return register_event<RegisterExclusiveControlRequest>("vexcap_register_for_excl_ctrl_status_event", device, reinterpret_cast<void*>(callback), context);
+  return register_event<RegisterExclusiveControlRequest>("vexcap_register_for_excl_ctrl_status_event", device,
+                                                         reinterpret_cast<void*>(callback), context);
 }
 
 VEXCAP_API int vexcap_unregister_for_excl_ctrl_status_event(vexcap_device* device) {
-  return unregister_event<UnregisterExclusiveControlRequest>("vexcap_unregister_for_excl_ctrl_status_event", device);
+  return unregister_event<UnregisterExclusiveControlRequest>("vexcap_unregister_for_excl_ctrl_status_event",
+                                                             device);
 }
 
 VEXCAP_API int vexcap_register_for_rgb_status_event(vexcap_device* device,
                                                     vexcap_rgb_status_callback callback,
                                                     void* context) {
-  return register_event<RegisterRgbStatusRequest>("vexcap_register_for_rgb_status_event", device, reinterpret_cast<void*>(callback), context);
+  return register_event<RegisterRgbStatusRequest>("vexcap_register_for_rgb_status_event", device,
+                                                  reinterpret_cast<void*>(callback), context);
 }
 
 VEXCAP_API int vexcap_unregister_for_rgb_status_event(vexcap_device* device) {
@@ -425,17 +433,21 @@ VEXCAP_API int vexcap_unregister_for_rgb_status_event(vexcap_device* device) {
 
 VEXCAP_API int vexcap_register_for_unsupported_format_status_event(
     vexcap_device* device, vexcap_unsupported_format_callback callback, void* context) {
-  return register_event<RegisterUnsupportedFormatRequest>("vexcap_register_for_unsupported_format_status_event", device, reinterpret_cast<void*>(callback), context);
+  return register_event<RegisterUnsupportedFormatRequest>(
+      "vexcap_register_for_unsupported_format_status_event", device, reinterpret_cast<void*>(callback),
+      context);
 }
 
 VEXCAP_API int vexcap_unregister_for_unsupported_format_status_event(vexcap_device* device) {
-  return unregister_event<UnregisterUnsupportedFormatRequest>("vexcap_unregister_for_unsupported_format_status_event", device);
+  return unregister_event<UnregisterUnsupportedFormatRequest>(
+      "vexcap_unregister_for_unsupported_format_status_event", device);
 }
 
 VEXCAP_API int vexcap_register_for_rgb_stopped_event(vexcap_device* device,
                                                      vexcap_rgb_stopped_callback callback,
                                                      void* context) {
-  return register_event<RegisterRgbStoppedRequest>("vexcap_register_for_rgb_stopped_event", device, reinterpret_cast<void*>(callback), context);
+  return register_event<RegisterRgbStoppedRequest>("vexcap_register_for_rgb_stopped_event", device,
+                                                   reinterpret_cast<void*>(callback), context);
 }
 
 VEXCAP_API int vexcap_unregister_for_rgb_stopped_event(vexcap_device* device) {

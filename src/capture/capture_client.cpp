@@ -3,14 +3,14 @@
 #include <chrono>
 #include <thread>
 
-#include "sources/platform_names.h"
-#include "sources/source_group_dump.h"
-#include "sources/source_lookup.h"
 #include "capture/exposure_iso.h"
 #include "capture/frame_delivery.h"
 #include "capture/led_torch.h"
 #include "capture/shutdown_test.h"
 #include "log/log.h"
+#include "sources/platform_names.h"
+#include "sources/source_group_dump.h"
+#include "sources/source_lookup.h"
 
 namespace vexcap::capture {
 
@@ -59,7 +59,7 @@ CaptureClient::~CaptureClient() {
   capture_settings_.reset();
   const hresult cleared = clear();
   if (failed(cleared)) VXLOG('W', "Failed clearing VexCap: %08x", cleared);
-  release_capture();  // what clear leaves standing (a client switched off with property 18)
+  release_capture();    // what clear leaves standing (a client switched off with property 18)
   xu_control_.reset();  // stops its notifier and shuts its device source down
   property_controller_.reset();
   source_group_.reset();
@@ -75,7 +75,7 @@ std::wstring CaptureClient::device_id() const { return std::wstring(device_id_.d
 // ---- Initialization ------------------------------------------------------------------------
 
 hresult CaptureClient::initialize(const std::wstring& group_id, std::uint32_t reader_kind,
-                           std::uint16_t preferred_width, std::uint16_t preferred_height) {
+                                  std::uint16_t preferred_width, std::uint16_t preferred_height) {
   if (initialized_) return HR_INVALID_STATE;
   last_capture_failure_ = HR_OK;
   try {
@@ -148,7 +148,7 @@ void CaptureClient::drop_capture() {
 }
 
 void CaptureClient::reader_init(std::uint32_t reader_kind, std::uint16_t preferred_width,
-                         std::uint16_t preferred_height) {
+                                std::uint16_t preferred_height) {
   if (!source_group_ || frame_reader_ || !capture_) {
     VXLOG('E', "Wrong state for reader_init");
     return;
@@ -169,11 +169,11 @@ void CaptureClient::reader_init(std::uint32_t reader_kind, std::uint16_t preferr
         property_controller_ = source->controller();
         const bool colour = info.kind == platform::SourceKind::Color;
         VXLOG('D', "SourceKindr= %ws", sources::name_of(info.kind));
-        format_table_ = sources::collect_format_table(source->supported_formats(), colour, preferred_width, preferred_height);
+        format_table_ = sources::collect_format_table(source->supported_formats(), colour, preferred_width,
+                                                      preferred_height);
         // RGB24 frames are converted by the library; everything else is asked for as NV12.
         const std::optional<std::wstring> subtype =
-            table_has_subtype(format_table_, L"RGB24") ? std::nullopt
-                                                       : std::optional<std::wstring>(L"NV12");
+            table_has_subtype(format_table_, L"RGB24") ? std::nullopt : std::optional<std::wstring>(L"NV12");
         frame_reader_ = capture_->create_frame_reader(source, subtype);
         frame_reader_->set_acquisition_mode(platform::AcquisitionMode::Realtime);
         VXLOG('D', "Reader for mode %d is created", static_cast<int>(sharing_));
@@ -350,8 +350,7 @@ hresult CaptureClient::read_led_power(std::uint32_t& power) {
   return xu_control_ ? xu_control_->read_led_power(power) : HR_FAIL;
 }
 
-void CaptureClient::register_unsupported_format(vexcap_unsupported_format_callback callback,
-                                         void* context) {
+void CaptureClient::register_unsupported_format(vexcap_unsupported_format_callback callback, void* context) {
   const std::unique_lock<std::mutex> lock = unsupported_format_.hold();
   if (!initialized_ || unsupported_format_.registered(lock)) return;
   unsupported_format_.store(lock, callback, context);
@@ -424,7 +423,9 @@ bool CaptureClient::release_capture() {
   }
   if (capture_) {
     if (exclusive_control_token_ != 0) {
-      whole = teardown_step([&] { capture_->remove_exclusive_control_status_changed(exclusive_control_token_); }) && whole;
+      whole = teardown_step(
+                  [&] { capture_->remove_exclusive_control_status_changed(exclusive_control_token_); }) &&
+              whole;
       exclusive_control_token_ = 0;
     }
     if (failed_token_ != 0) {

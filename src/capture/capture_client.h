@@ -15,14 +15,14 @@
 #include <optional>
 #include <string>
 
-#include "sources/format_table.h"
+#include "capture/event_registration.h"
+#include "capture/frame_stream.h"
 #include "capture/rgb_stopped_worker.h"
 #include "common/hresult.h"
 #include "controls/extended_properties.h"
 #include "controls/extension_unit.h"
-#include "capture/event_registration.h"
-#include "capture/frame_stream.h"
 #include "platform/port.h"
+#include "sources/format_table.h"
 #include "vexcap/vexcap.h"
 
 namespace vexcap::capture {
@@ -40,8 +40,8 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient>, privat
   CaptureClient& operator=(const CaptureClient&) = delete;
 
   // Binds the client to the source group `group_id` and creates its reader for `reader_kind`.
-  hresult initialize(const std::wstring& group_id, std::uint32_t reader_kind,
-                     std::uint16_t preferred_width, std::uint16_t preferred_height);
+  hresult initialize(const std::wstring& group_id, std::uint32_t reader_kind, std::uint16_t preferred_width,
+                     std::uint16_t preferred_height);
   void reader_init(std::uint32_t reader_kind, std::uint16_t preferred_width, std::uint16_t preferred_height);
   // True when the capture instance is ready; its callers go on whatever it answers. A capture
   // whose initialization failed is spent (the platform refuses to initialize it again): it is
@@ -92,7 +92,9 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient>, privat
   // Counts the starts: a stop asked for earlier applies only to the stream it saw running.
   std::uint64_t stream_generation() const { return stream_.generation(); }
   // Frames per second the host accepts, 0 = no limit.
-  void set_frame_rate_limit(std::uint32_t frames_per_second) { stream_.frame_rate_limit().set(frames_per_second); }
+  void set_frame_rate_limit(std::uint32_t frames_per_second) {
+    stream_.frame_rate_limit().set(frames_per_second);
+  }
 
   // The unsupported-format event: raised with its lock held; nothing happens without a callback.
   // Stored only on an initialized client that has none yet: a second registration keeps the
@@ -141,7 +143,7 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient>, privat
   hresult read_led_power(std::uint32_t& power) override;
 
   platform::Platform& platform_;
-  const std::uint32_t sharing_;  // a vexcap_stream_mode
+  const std::uint32_t sharing_;   // a vexcap_stream_mode
   RgbStoppedWorker rgb_stopped_;  // rgbStoppedLock, the pair, rgbStoppedEvent, workerLock
   bool initialized_ = false;
   std::uint32_t reader_kind_ = 0;
@@ -150,7 +152,7 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient>, privat
   sources::FormatTable format_table_;
   std::unique_ptr<controls::ExtensionUnit> xu_control_;
   std::shared_ptr<platform::SourceController> property_controller_;  // kept for property_target
-  std::uint32_t current_format_height_ = 0;  // of the reader source's current format
+  std::uint32_t current_format_height_ = 0;                          // of the reader source's current format
 
   std::shared_ptr<platform::FrameReader> frame_reader_;
   std::shared_ptr<platform::SourceGroup> source_group_;

@@ -2,8 +2,8 @@
 
 #include "capture/capture_client.h"
 #include "capture/exposure_iso.h"
-#include "controls/extended_properties.h"
 #include "capture/led_torch.h"
+#include "controls/extended_properties.h"
 #include "log/log.h"
 
 namespace vexcap::capture {
@@ -11,7 +11,8 @@ namespace {
 
 // Selects a format (apply flag 1 also runs the reader briefly with it). A camera without the
 // vendor's extension unit has its torch switched off with it.
-hresult select_stream_type(capture::CaptureClient& client, std::uint32_t format_code, std::uint32_t apply_flag) {
+hresult select_stream_type(capture::CaptureClient& client, std::uint32_t format_code,
+                           std::uint32_t apply_flag) {
   const hresult result = client.enable_stream_type(static_cast<std::int32_t>(format_code), apply_flag);
   if (result != HR_OK) return result;
   const controls::ExtensionUnit* unit = client.extension_unit();
@@ -39,7 +40,8 @@ hresult write_control18(capture::CaptureClient& client, std::uint32_t value) {
 
 // The highest resolution the colour sensor offers: 4K, then 1080p, then 720p.
 std::uint32_t hires_sensor_type(const capture::CaptureClient& client) {
-  for (const std::uint32_t code : {VEXCAP_FORMAT_HIRES_4K, VEXCAP_FORMAT_HIRES_1080P, VEXCAP_FORMAT_HIRES_720P}) {
+  for (const std::uint32_t code :
+       {VEXCAP_FORMAT_HIRES_4K, VEXCAP_FORMAT_HIRES_1080P, VEXCAP_FORMAT_HIRES_720P}) {
     if (client.format_table().count(code) != 0) return code;
   }
   VXLOG('D', "No suppoted hires sensor type");

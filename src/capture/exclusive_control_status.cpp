@@ -19,14 +19,14 @@ constexpr std::int32_t kFaceAuthSettling = 2;
 }  // namespace
 
 hresult CaptureClient::register_exclusive_control_status(vexcap_excl_ctrl_status_callback callback,
-                                                  void* context) {
+                                                         void* context) {
   const std::unique_lock<std::mutex> lock = exclusive_control_.hold();
   if (exclusive_control_.registered(lock)) return HR_OK;
   if (!capture_) return HR_INVALID_STATE;
 
   std::weak_ptr<CaptureClient> weak = weak_from_this();
-  exclusive_control_token_ = capture_->add_exclusive_control_status_changed(
-      [weak](const platform::ExclusiveControlChange& change) {
+  exclusive_control_token_ =
+      capture_->add_exclusive_control_status_changed([weak](const platform::ExclusiveControlChange& change) {
         const std::shared_ptr<CaptureClient> client = weak.lock();
         if (!client) return;
         const bool available = change.status == platform::ExclusiveControlStatus::ExclusiveControlAvailable;

@@ -43,8 +43,7 @@ hresult check_manual_exposure(capture::CaptureClient& client) {
 }  // namespace
 
 hresult set_exposure(capture::CaptureClient& client, std::int64_t exposure) {
-  if (!client.initialized() || !client.has_source_group() || !client.has_capture() ||
-      client.rgb_disabled()) {
+  if (!client.initialized() || !client.has_source_group() || !client.has_capture() || client.rgb_disabled()) {
     return HR_INVALID_STATE;
   }
   try {

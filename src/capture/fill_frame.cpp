@@ -1,11 +1,11 @@
 #include "capture/fill_frame.h"
 
-#include "sources/platform_names.h"
 #include "capture/frame_controls.h"
 #include "capture/frame_rate.h"
 #include "frames/illumination.h"
 #include "frames/rgb24_frame.h"
 #include "log/log.h"
+#include "sources/platform_names.h"
 
 namespace vexcap::capture {
 namespace {
@@ -35,8 +35,7 @@ std::uint32_t fill_frame(FrameStream& stream, platform::Frame& frame, vexcap_fra
     status = static_cast<std::uint32_t>(illumination_read);
   }
 
-  record.timestamp =
-      static_cast<std::int64_t>(static_cast<std::uint64_t>(frame.system_relative_time()) / 10);
+  record.timestamp = static_cast<std::int64_t>(static_cast<std::uint64_t>(frame.system_relative_time()) / 10);
   record.illumination = static_cast<std::uint8_t>(illumination);
   record.reserved0 = 0;
 

@@ -1,9 +1,9 @@
 #include "capture/frame_controls.h"
 
-
 namespace vexcap::capture {
 
-std::optional<hresult> report_controls(FrameCamera& camera, const ControlReport& report, vexcap_frame& record) {
+std::optional<hresult> report_controls(FrameCamera& camera, const ControlReport& report,
+                                       vexcap_frame& record) {
   record.exposure = 0;
   if (report.report_exposure) {
     std::uint64_t exposure = 0;

@@ -3,9 +3,9 @@
 
 #include <optional>
 
-#include "common/hresult.h"
 #include "capture/control_tracker.h"
 #include "capture/frame_stream.h"
+#include "common/hresult.h"
 #include "vexcap/vexcap.h"
 
 namespace vexcap::capture {

@@ -4,9 +4,9 @@
 #include <new>
 #include <optional>
 
-#include "common/host_callback.h"
 #include "capture/fill_frame.h"
 #include "capture/outstanding_records.h"
+#include "common/host_callback.h"
 #include "frames/record_rotation.h"
 #include "log/log.h"
 
@@ -42,8 +42,8 @@ std::optional<frames::Nv12Planes> nv12_planes(platform::LockedBitmap& locked, co
   const platform::PlaneDescription luma = locked.plane(0);
   const platform::PlaneDescription chroma = locked.plane(1);
   if (luma.start_index < 0 || chroma.start_index < 0) return std::nullopt;
-  return frames::Nv12Planes{static_cast<std::size_t>(luma.start_index), static_cast<std::size_t>(chroma.start_index),
-                    chroma.stride};
+  return frames::Nv12Planes{static_cast<std::size_t>(luma.start_index),
+                            static_cast<std::size_t>(chroma.start_index), chroma.stride};
 }
 
 // Copies every byte of the bitmap's buffer into the record, converting other formats to NV12
@@ -56,12 +56,13 @@ void copy_pixels(std::shared_ptr<platform::Bitmap> bitmap, platform::FrameSource
   }
   const std::unique_ptr<platform::LockedBitmap> locked = bitmap->lock_for_read();
   if (record.stride == 0) {
-    record.stride = locked->plane_count() >= 1 ? locked->plane(0).stride
-                                               : static_cast<std::int32_t>(record.width);
+    record.stride =
+        locked->plane_count() >= 1 ? locked->plane(0).stride : static_cast<std::int32_t>(record.width);
   }
   VXLOG('D', "Width: %u, Height: %u, Stride= %d", record.width, record.height, record.stride);
   // The whole capacity, not width x height: every plane with its row padding.
-  frames::copy_pixels_upright(source, locked->data(), locked->capacity(), record, nv12_planes(*locked, record));
+  frames::copy_pixels_upright(source, locked->data(), locked->capacity(), record,
+                              nv12_planes(*locked, record));
 }
 
 // A reservation of one of the stream's outstanding records, given back unless the record

@@ -2,8 +2,8 @@
 // private copy of its pixels and hands it to the client's host callback.
 #pragma once
 
-#include "common/hresult.h"
 #include "capture/frame_stream.h"
+#include "common/hresult.h"
 #include "platform/port.h"
 
 namespace vexcap::capture {

@@ -24,9 +24,8 @@ void FrameStream::on_frame_dropped(FrameDropReason reason) {
 }
 
 void FrameStream::raise_unsupported_format() {
-  unsupported_format_.raise([](vexcap_unsupported_format_callback callback, void* context) {
-    callback(true, context);
-  });
+  unsupported_format_.raise(
+      [](vexcap_unsupported_format_callback callback, void* context) { callback(true, context); });
 }
 
 }  // namespace vexcap::capture

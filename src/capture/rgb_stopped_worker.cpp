@@ -4,11 +4,11 @@
 #include <optional>
 #include <system_error>
 
-#include "sources/platform_names.h"
 #include "common/host_callback.h"
-#include "sources/source_lookup.h"
 #include "log/log.h"
 #include "platform/port.h"
+#include "sources/platform_names.h"
+#include "sources/source_lookup.h"
 
 namespace vexcap::capture {
 
@@ -75,10 +75,11 @@ class Probe {
   std::shared_ptr<platform::FrameReader> reader_;
 };
 
-std::shared_ptr<platform::SourceGroup> find_group_again(platform::Platform& platform, const std::wstring& device_id,
+std::shared_ptr<platform::SourceGroup> find_group_again(platform::Platform& platform,
+                                                        const std::wstring& device_id,
                                                         std::uint32_t reader_kind) {
   return sources::find_group_with_kind(platform.find_all_source_groups(), device_id,
-                              sources::source_kind_for_reader(reader_kind));
+                                       sources::source_kind_for_reader(reader_kind));
 }
 
 }  // namespace
@@ -91,8 +92,8 @@ RgbStoppedWorker::~RgbStoppedWorker() {
     task_.join();  // it no longer holds the client, so it has ended or is about to
 }
 
-void RgbStoppedWorker::start(const Target& target, bool initialized,
-                             vexcap_rgb_stopped_callback callback, void* context) {
+void RgbStoppedWorker::start(const Target& target, bool initialized, vexcap_rgb_stopped_callback callback,
+                             void* context) {
   std::lock_guard<std::mutex> lock(lock_);
   if (!initialized) return;
   callback_ = callback;
@@ -114,7 +115,7 @@ void RgbStoppedWorker::clear_callback(bool initialized) {
     callback_ = nullptr;
     context_ = nullptr;
   }
-  wake_passes();  // a waiting pass ends now instead of after its full wait
+  wake_passes();                      // a waiting pass ends now instead of after its full wait
   stopped_event_.wait_for(kEndWait);  // a worker that does not end in time is left behind
 }
 

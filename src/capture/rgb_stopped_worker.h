@@ -70,7 +70,7 @@ class RgbStoppedWorker {
   bool callback_registered();
 
   platform::Platform& platform_;  // the passes open their own sessions on it
-  std::mutex lock_;  // guards writes of the callback pair
+  std::mutex lock_;               // guards writes of the callback pair
   // Atomic: the worker reads the pair once more, without the lock, when it calls it.
   std::atomic<vexcap_rgb_stopped_callback> callback_{nullptr};
   std::atomic<void*> context_{nullptr};

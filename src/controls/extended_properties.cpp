@@ -164,7 +164,9 @@ hresult set_face_auth_mode(const PropertyTarget& target, std::uint32_t host_code
 }
 
 hresult set_llc(const PropertyTarget& target, std::uint32_t host_code) {
-  const auto show = [](const std::uint8_t* b) { VXLOG('I', "payload: 0x%x", ks::read_u32(b + llc::kValueOffset)); };
+  const auto show = [](const std::uint8_t* b) {
+    VXLOG('I', "payload: 0x%x", ks::read_u32(b + llc::kValueOffset));
+  };
   return read_modify_write(target, get_llc, show, [&](Bytes& buffer) {
     std::int32_t value = 0;
     if (host_code == 0x1301)

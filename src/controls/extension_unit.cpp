@@ -227,7 +227,8 @@ hresult ExtensionUnit::read_unit_control(const ExtensionUnitDescriptor& unit,
                                          std::uint32_t& returned) {
   const std::shared_ptr<platform::KsControl> control = control_;
   const auto request = ks::node_property(unit.property_set, control_id, kGetTopology, unit.node_id);
-  return round_trip(*control, request.data(), ks::kNodeSize, data.data(), kReplySize, FailureLine::None, &returned);
+  return round_trip(*control, request.data(), ks::kNodeSize, data.data(), kReplySize, FailureLine::None,
+                    &returned);
 }
 
 hresult ExtensionUnit::write_unit_control(const ExtensionUnitDescriptor& unit,
@@ -243,8 +244,8 @@ hresult ExtensionUnit::read_gain(std::uint32_t& gain) {
   if (!control) return HR_FAIL;
   std::array<std::uint8_t, kProcAmpNodeSize> buffer{};
   ks::write_node_property(buffer.data(), ids::kVideoProcAmp, kGain, kGetTopology, processing_node_);
-  const hresult result =
-      round_trip(*control, buffer.data(), kProcAmpNodeSize, buffer.data(), kProcAmpNodeSize, FailureLine::Get);
+  const hresult result = round_trip(*control, buffer.data(), kProcAmpNodeSize, buffer.data(),
+                                    kProcAmpNodeSize, FailureLine::Get);
   if (failed(result)) return result;
   gain = ks::read_u32(buffer.data() + kProcAmpValue);
   return result;
@@ -263,8 +264,8 @@ hresult ExtensionUnit::write_gain(std::uint32_t gain) {
   ks::write_node_property(buffer.data(), ids::kVideoProcAmp, kGain, kSetTopology, processing_node_);
   ks::write_u32(buffer.data() + kProcAmpValue, gain);
   ks::write_u32(buffer.data() + kProcAmpFlags, kProcAmpFlagsManual);
-  const hresult result =
-      round_trip(*control, buffer.data(), kProcAmpNodeSize, buffer.data(), kProcAmpNodeSize, FailureLine::Set);
+  const hresult result = round_trip(*control, buffer.data(), kProcAmpNodeSize, buffer.data(),
+                                    kProcAmpNodeSize, FailureLine::Set);
   if (failed(result) && platform_) describe_error(*platform_, result);
   return result;
 }

@@ -4,9 +4,9 @@
 #include <set>
 #include <thread>
 
-#include "device/client_init_thread.h"
 #include "capture/exposure_iso.h"
 #include "capture/led_torch.h"
+#include "device/client_init_thread.h"
 #include "log/log.h"
 
 namespace vexcap::device {
@@ -45,18 +45,20 @@ namespace {
 
 // Each distinct cause is logged once per open, not at every retry: the platform's answer to the
 // capture's initialization when there was one, else the attempt's own.
-void report_failed_attempt(const capture::CaptureClient& client, hresult result, std::set<hresult>& reported) {
+void report_failed_attempt(const capture::CaptureClient& client, hresult result,
+                           std::set<hresult>& reported) {
   const hresult platform = client.last_capture_failure();
   const hresult cause = failed(platform) ? platform : result;
   if (!reported.insert(cause).second) return;
   VXLOG('E', "Opening the camera failed: %08x; trying again every 100 ms", static_cast<unsigned>(cause));
-  if (cause == HR_ACCESSDENIED) VXLOG('E', "Camera access is denied: allow it in the camera privacy settings");
+  if (cause == HR_ACCESSDENIED)
+    VXLOG('E', "Camera access is denied: allow it in the camera privacy settings");
 }
 
 }  // namespace
 
-hresult Device::open_client(const std::shared_ptr<capture::CaptureClient>& client, const std::wstring& device_id,
-                            const vexcap_open_params& params) {
+hresult Device::open_client(const std::shared_ptr<capture::CaptureClient>& client,
+                            const std::wstring& device_id, const vexcap_open_params& params) {
   const ManualResetEvent& exit_requested = *environment_.exit_requested;
   // One initialization at a time per client: an attempt abandoned after the time limit finishes
   // before the next one starts (or the client is torn down), and a client it left initialized
@@ -64,11 +66,13 @@ hresult Device::open_client(const std::shared_ptr<capture::CaptureClient>& clien
   const std::shared_ptr<std::mutex> serial = initialization_lock(*client);
   std::set<hresult> reported;
   for (;;) {
-    const hresult result = run_client_initialization([client, serial, device_id, params] {
-      std::lock_guard<std::mutex> lock(*serial);
-      // The open parameters' stream mode names the source kind both clients read.
-      return client->initialize(device_id, params.stream_mode, params.format_arg1, params.format_arg2);
-    }, environment_.between_wait_slices);
+    const hresult result = run_client_initialization(
+        [client, serial, device_id, params] {
+          std::lock_guard<std::mutex> lock(*serial);
+          // The open parameters' stream mode names the source kind both clients read.
+          return client->initialize(device_id, params.stream_mode, params.format_arg1, params.format_arg2);
+        },
+        environment_.between_wait_slices);
     // Already initialized: a late attempt finished the job.
     if (result == HR_OK || result == HR_INVALID_STATE) return HR_OK;
     if (exit_requested.is_set()) return HR_ABORT;
@@ -124,9 +128,7 @@ hresult Device::set_led_power(std::uint32_t power) {
   return result;
 }
 
-hresult Device::get_exposure(std::uint64_t& exposure) {
-  return capture::get_exposure(*exclusive_, exposure);
-}
+hresult Device::get_exposure(std::uint64_t& exposure) { return capture::get_exposure(*exclusive_, exposure); }
 
 hresult Device::get_iso_speed(std::uint32_t& iso_speed) {
   controls::ExtensionUnit* unit = exclusive_->extension_unit();

@@ -7,10 +7,10 @@
 #include <string>
 
 #include "capture/capture_client.h"
-#include "device/device_environment.h"
 #include "common/hresult.h"
 #include "common/manual_reset_event.h"
 #include "common/worker_thread.h"
+#include "device/device_environment.h"
 #include "vexcap/vexcap.h"
 
 namespace vexcap::device {

@@ -18,7 +18,8 @@ namespace {
 // touches the freed subscription. Recursive: a callback may unregister its own subscription.
 class CallbackGate {
  public:
-  CallbackGate(const vexcap_device_callbacks& callbacks, void* context, vexcap_device_subscription* subscription)
+  CallbackGate(const vexcap_device_callbacks& callbacks, void* context,
+               vexcap_device_subscription* subscription)
       : callbacks_(callbacks), context_(context), subscription_(subscription) {}
 
   template <typename Call>
@@ -53,12 +54,12 @@ struct vexcap_device_subscription {
 
 namespace vexcap::device {
 
-int register_device_callbacks(vexcap_device_subscription** out,
-                              const vexcap_device_callbacks* callbacks, void* context) {
+int register_device_callbacks(vexcap_device_subscription** out, const vexcap_device_callbacks* callbacks,
+                              void* context) {
   if (out == nullptr) return VEXCAP_E_INVALID_ARG;
   auto subscription = std::make_unique<vexcap_device_subscription>();
-  subscription->gate = std::make_shared<CallbackGate>(callbacks != nullptr ? *callbacks : vexcap_device_callbacks{},
-                                                      context, subscription.get());
+  subscription->gate = std::make_shared<CallbackGate>(
+      callbacks != nullptr ? *callbacks : vexcap_device_callbacks{}, context, subscription.get());
   const std::shared_ptr<CallbackGate> gate = subscription->gate;
   try {
     subscription->watcher = platform::current().create_source_group_watcher();
@@ -71,12 +72,14 @@ int register_device_callbacks(vexcap_device_subscription** out,
         if (host.added != nullptr) host.added(id.c_str(), name.c_str(), context, self);
       });
     });
-    subscription->removed_token = watcher.add_removed([gate](const platform::DeviceInformationUpdate& update) {
+    subscription->removed_token = watcher.add_removed([gate](
+                                                          const platform::DeviceInformationUpdate& update) {
       gate->pass([&](const vexcap_device_callbacks& host, void* context, vexcap_device_subscription* self) {
         if (host.removed != nullptr) host.removed(update.id.c_str(), context, self);
       });
     });
-    subscription->updated_token = watcher.add_updated([gate](const platform::DeviceInformationUpdate& update) {
+    subscription->updated_token = watcher.add_updated([gate](
+                                                          const platform::DeviceInformationUpdate& update) {
       gate->pass([&](const vexcap_device_callbacks& host, void* context, vexcap_device_subscription* self) {
         if (host.updated != nullptr) host.updated(update.id.c_str(), context, self);
       });

@@ -21,7 +21,9 @@ hresult register_rgb_status(Device& device, vexcap_rgb_status_callback callback,
   const bool infrared = source && source->info().kind == platform::SourceKind::Infrared;
   return controls::register_rgb_status_notifier(
       client.extension_unit(), client.initialized(), infrared,
-      [&client](std::uint8_t* buffer) { return controls::get_face_auth_mode(client.property_target(), buffer); },
+      [&client](std::uint8_t* buffer) {
+        return controls::get_face_auth_mode(client.property_target(), buffer);
+      },
       callback, context);
 }
 
@@ -34,8 +36,6 @@ hresult register_rgb_stopped(Device& device, vexcap_rgb_stopped_callback callbac
   return device.exclusive_client()->register_rgb_stopped(callback, context);
 }
 
-hresult unregister_rgb_stopped(Device& device) {
-  return device.exclusive_client()->unregister_rgb_stopped();
-}
+hresult unregister_rgb_stopped(Device& device) { return device.exclusive_client()->unregister_rgb_stopped(); }
 
 }  // namespace vexcap::device

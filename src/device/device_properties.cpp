@@ -1,9 +1,9 @@
 // The device-level rules of the device properties: what runs beyond the exclusive client.
 #include <system_error>
 
-#include "device/device.h"
 #include "capture/client_properties.h"
 #include "capture/frame_rate.h"
+#include "device/device.h"
 #include "log/log.h"
 
 namespace vexcap::device {
@@ -96,7 +96,8 @@ hresult Device::finish_stream_type_apply(std::uint32_t format_code, hresult resu
   if (result == kStreamTypeUnsupported) {
     // The host hears of it from a worker, so the request does not wait for its callback.
     try {
-      replace_unsupported_format_notifier(std::make_unique<WorkerThread>([shared = shared_] { shared->raise_unsupported_format(); }));
+      replace_unsupported_format_notifier(
+          std::make_unique<WorkerThread>([shared = shared_] { shared->raise_unsupported_format(); }));
     } catch (const std::system_error&) {
       return HR_FAIL;
     }

@@ -58,8 +58,8 @@ bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rot
 bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rotation rotation,
                          std::uint8_t* dst, const PixelKernels& kernels) {
   const std::size_t pitch = static_cast<std::size_t>(layout.stride);
-  return rotate_quarter_turn(layout, src, src + std::size_t{layout.height} * pitch, pitch, rotation,
-                             dst, kernels);
+  return rotate_quarter_turn(layout, src, src + std::size_t{layout.height} * pitch, pitch, rotation, dst,
+                             kernels);
 }
 
 bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src,

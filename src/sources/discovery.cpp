@@ -24,10 +24,14 @@ std::wstring lower(std::wstring text) {
 
 int capability_index(SourceKind kind) {
   switch (kind) {
-    case SourceKind::Color: return VEXCAP_CAPABILITY_COLOR;
-    case SourceKind::Infrared: return VEXCAP_CAPABILITY_INFRARED;
-    case SourceKind::Depth: return VEXCAP_CAPABILITY_DEPTH;
-    default: return VEXCAP_CAPABILITY_OTHER;
+    case SourceKind::Color:
+      return VEXCAP_CAPABILITY_COLOR;
+    case SourceKind::Infrared:
+      return VEXCAP_CAPABILITY_INFRARED;
+    case SourceKind::Depth:
+      return VEXCAP_CAPABILITY_DEPTH;
+    default:
+      return VEXCAP_CAPABILITY_OTHER;
   }
 }
 
@@ -61,7 +65,8 @@ std::uint32_t bus_type(const std::optional<std::wstring>& id) {
 
 }  // namespace
 
-hresult query_device_capabilities(platform::Platform& platform, const std::wstring& group_id, std::uint8_t* capabilities) {
+hresult query_device_capabilities(platform::Platform& platform, const std::wstring& group_id,
+                                  std::uint8_t* capabilities) {
   return walk_groups(platform, [&](const auto& groups) {
     bool found = false;
     for (const auto& group : groups) {
@@ -92,8 +97,8 @@ hresult query_source_group_type(platform::Platform& platform, std::uint32_t* typ
   });
 }
 
-hresult query_source_group_type_for_vid_pid(platform::Platform& platform, const std::wstring& vid, const std::wstring& pid,
-                                            std::uint32_t* type) {
+hresult query_source_group_type_for_vid_pid(platform::Platform& platform, const std::wstring& vid,
+                                            const std::wstring& pid, std::uint32_t* type) {
   return walk_groups(platform, [&](const auto& groups) {
     std::uint32_t answer = VEXCAP_GROUP_TYPE_OTHER;
     bool found = false;
@@ -113,8 +118,8 @@ hresult query_source_group_type_for_vid_pid(platform::Platform& platform, const 
   });
 }
 
-hresult query_vid_pid_used(platform::Platform& platform, const std::wstring& group_id, const std::wstring& vid,
-                           const std::wstring& pid, bool* used) {
+hresult query_vid_pid_used(platform::Platform& platform, const std::wstring& group_id,
+                           const std::wstring& vid, const std::wstring& pid, bool* used) {
   return walk_groups(platform, [&](const auto& groups) {
     for (const auto& group : groups) {
       if (!group || group->id() != group_id) continue;
@@ -129,7 +134,8 @@ hresult query_vid_pid_used(platform::Platform& platform, const std::wstring& gro
   });
 }
 
-hresult query_device_locations(platform::Platform& platform, const std::wstring& id_text, std::uint8_t* locations) {
+hresult query_device_locations(platform::Platform& platform, const std::wstring& id_text,
+                               std::uint8_t* locations) {
   const std::wstring wanted = lower(id_text);
   return walk_groups(platform, [&](const auto& groups) {
     bool matched = false;

@@ -17,9 +17,8 @@ std::optional<std::uint32_t> code_by_rate(std::uint32_t numerator, std::uint32_t
   return std::nullopt;
 }
 
-std::optional<std::uint32_t> colour_code(std::uint32_t width, std::uint32_t height,
-                                         std::uint32_t numerator, std::uint16_t arg1,
-                                         std::uint16_t arg2) {
+std::optional<std::uint32_t> colour_code(std::uint32_t width, std::uint32_t height, std::uint32_t numerator,
+                                         std::uint16_t arg1, std::uint16_t arg2) {
   if (width == arg1 && height == arg2) return code_by_rate(numerator, 17);
   if (numerator != 30) return std::nullopt;
   if (width == 1920) return 18;
@@ -58,8 +57,8 @@ FormatTable run_pass(const std::vector<std::shared_ptr<platform::FrameFormat>>& 
     bool wanted = false;
     for (const wchar_t* name : subtypes) wanted = wanted || subtype == name;
     if (!wanted) continue;
-    const auto code = format_code(colour, format.width(), format.height(),
-                                  format.frame_rate_numerator(), arg1, arg2);
+    const auto code =
+        format_code(colour, format.width(), format.height(), format.frame_rate_numerator(), arg1, arg2);
     if (code) table.emplace(*code, FormatEntry{subtype, position});
   }
   return table;
@@ -68,8 +67,8 @@ FormatTable run_pass(const std::vector<std::shared_ptr<platform::FrameFormat>>& 
 }  // namespace
 
 std::optional<std::uint32_t> format_code(bool colour, std::uint32_t width, std::uint32_t height,
-                                         std::uint32_t frame_rate_numerator,
-                                         std::uint16_t preferred_width, std::uint16_t preferred_height) {
+                                         std::uint32_t frame_rate_numerator, std::uint16_t preferred_width,
+                                         std::uint16_t preferred_height) {
   return colour ? colour_code(width, height, frame_rate_numerator, preferred_width, preferred_height)
                 : infrared_code(width, frame_rate_numerator);
 }

@@ -25,8 +25,8 @@ using FormatTable = std::map<std::uint32_t, FormatEntry>;
 // (1920 wide), 19 (1280x720), 20 (3840 wide), all at 30. Other sources: 2..8 at 640 wide for
 // 30..1 fps, 1 for 320 wide at 60, other widths below 640: 0 at 30 and 9 at 60.
 std::optional<std::uint32_t> format_code(bool colour, std::uint32_t width, std::uint32_t height,
-                                         std::uint32_t frame_rate_numerator,
-                                         std::uint16_t preferred_width, std::uint16_t preferred_height);
+                                         std::uint32_t frame_rate_numerator, std::uint16_t preferred_width,
+                                         std::uint16_t preferred_height);
 
 // Builds the table in four passes over the supported formats: one for "NV12", "GRAY8" and
 // "L8" (which logs every format it sees), then one each for "NV12", "YUY2" and "RGB24".

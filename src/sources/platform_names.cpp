@@ -4,6 +4,8 @@ namespace vexcap::sources {
 
 using namespace platform;
 
+// Tables of names, one case a line.
+// clang-format off
 const wchar_t* name_of(SourceKind kind) {
   switch (kind) {
     case SourceKind::Custom: return L"Custom";
@@ -102,5 +104,7 @@ SourceKind source_kind_for_reader(std::uint32_t reader_kind) {
     default: return SourceKind::Custom;
   }
 }
+
+// clang-format on
 
 }  // namespace vexcap::sources

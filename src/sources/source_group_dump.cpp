@@ -1,14 +1,13 @@
 #include "sources/source_group_dump.h"
 
-#include "sources/platform_names.h"
 #include "log/log.h"
+#include "sources/platform_names.h"
 
 namespace vexcap::sources {
 
 namespace {
 
-void dump_device_information(const platform::SourceInfo& info, std::uint32_t source,
-                             std::uint32_t group) {
+void dump_device_information(const platform::SourceInfo& info, std::uint32_t source, std::uint32_t group) {
   const auto& device = info.device_information;
   if (!device) {
     VXLOG('W', "null dev info at source %u group %u", source, group);

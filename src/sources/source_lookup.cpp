@@ -29,7 +29,8 @@ platform::StreamType default_stream_type(const std::vector<std::shared_ptr<platf
   return type;
 }
 
-platform::StreamType stream_type_to_read(const platform::SourceInfo& info, platform::StreamType default_type) {
+platform::StreamType stream_type_to_read(const platform::SourceInfo& info,
+                                         platform::StreamType default_type) {
   const auto& device = info.device_information;
   const bool usb = device && device->id && device->id->find(L"USB#") != std::wstring::npos;
   return usb ? platform::StreamType::VideoRecord : default_type;

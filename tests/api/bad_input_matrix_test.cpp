@@ -195,6 +195,7 @@ class BadInputMatrix : public testing::LibraryTest {
 TEST_F(BadInputMatrix, NullPointers) {
   ASSERT_EQ(vexcap_init(), 0);
   vexcap_device device{};
+  // clang-format off
   const std::vector<Row> rows = {
       {"capabilities/id", [](Args& a) { return vexcap_get_device_capabilities(nullptr, a.bytes); }, VEXCAP_E_INVALID_ARG},
       {"capabilities/out", [](Args&) { return vexcap_get_device_capabilities(L"id", nullptr); }, VEXCAP_E_INVALID_ARG},
@@ -241,6 +242,7 @@ TEST_F(BadInputMatrix, NullPointers) {
       {"rgb stopped", [](Args&) { return vexcap_register_for_rgb_stopped_event(nullptr, on_rgb_stopped, nullptr); }, VEXCAP_E_INVALID_ARG},
       {"rgb stopped off", [](Args&) { return vexcap_unregister_for_rgb_stopped_event(nullptr); }, VEXCAP_E_INVALID_ARG},
   };
+  // clang-format on
   Args args;
   expect_nothing_left("null pointers", 200, [&] { run_rows(rows, args, "null"); });
   EXPECT_TRUE(log_.lines().empty()) << log_.lines().front();
@@ -330,6 +332,7 @@ TEST_F(BadInputMatrix, OutOfRangeNumbers) {
       return vexcap_set_dev_property(a.device, &property);
     };
   };
+  // clang-format off
   const std::vector<Row> rows = {
       {"exposure above max", [&](Args& a) {
          const int result = vexcap_set_exposure(a.device, INT64_MAX);
@@ -387,6 +390,7 @@ TEST_F(BadInputMatrix, OutOfRangeNumbers) {
          return vexcap_get_source_group_type_for_vid_pid(text.c_str(), text.c_str(), &a.u32);
        }, VEXCAP_E_FAIL},
   };
+  // clang-format on
   expect_nothing_left("out of range", 200, [&] { run_rows(rows, args, "out of range"); });
 
   // Open parameters at the ends of their ranges (a mode naming a source kind the camera lacks

@@ -123,6 +123,7 @@ void ks_fault(const platform::Guid& set, std::uint32_t id, hresult error) {
 }
 void without_unit1(vc::Scenario& s) { s.groups.at(0).ks.nodes.pop_back(); }
 
+// clang-format off
 const PropertyCase kCases[] = {
     // Face-auth mode: read, checked against the capability, written back with flags and payload.
     {"FaceAuthModeIsWrittenIntoTheCamerasStructure", kReadsInfrared, no_change, nothing, true,
@@ -297,6 +298,7 @@ const PropertyCase kCases[] = {
      nothing, true, VEXCAP_PROP_STREAM_TYPE, 2, VEXCAP_OK, {}, {}, std::nullopt,
      [] { EXPECT_FALSE(live_group().sources.at(kInfrared).torch->enabled); }},
 };
+// clang-format on
 
 // The rows check what the library asked of the camera: its requests are recorded.
 class DeviceProperty : public testing::OpenDeviceCase<PropertyCase> {

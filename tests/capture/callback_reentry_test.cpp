@@ -72,7 +72,8 @@ TEST_F(CallbackReentry, DeviceClosedRightAfterAStopFromInsideTheCallback) {
   host.device = open_default_camera(VEXCAP_STREAM_MODE_EXCLUSIVE);
   ASSERT_NE(host.device, nullptr);
   ASSERT_EQ(vexcap_start_streaming_ex(host.device, stop_or_close_from_inside, &host,
-                                      VEXCAP_STREAM_SELECT_EXCLUSIVE), 0);
+                                      VEXCAP_STREAM_SELECT_EXCLUSIVE),
+            0);
   for (int i = 0; i < 100 && host.answer.load() == 99; ++i) vc::advance_time(34ms);
   ASSERT_EQ(host.answer.load(), 0);
   EXPECT_EQ(vexcap_device_close(host.device), 0);
@@ -86,7 +87,8 @@ TEST_F(CallbackReentry, CloseFromInsideTheCallbackClosesTheDevice) {
   ASSERT_NE(host.device, nullptr);
   const std::wstring group = *vc::default_scenario().groups.at(0).id;
   ASSERT_EQ(vexcap_start_streaming_ex(host.device, stop_or_close_from_inside, &host,
-                                      VEXCAP_STREAM_SELECT_EXCLUSIVE), 0);
+                                      VEXCAP_STREAM_SELECT_EXCLUSIVE),
+            0);
   vc::advance_time(34ms);
   frames_once_quiet(host);
   EXPECT_EQ(host.answer.load(), 0);

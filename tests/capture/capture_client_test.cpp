@@ -20,8 +20,7 @@ using platform::StreamType;
 const std::wstring kUsbGroup = L"\\\\?\\USB#VID_0BAD&PID_F00D&MI_00#1&2&3&0000#{x}\\GLOBAL";
 const std::wstring kPlainGroup = L"\\\\?\\ROOT#CAMERA#0000#{x}\\GLOBAL";
 
-vc::FormatModel format(const wchar_t* subtype, std::uint32_t width, std::uint32_t height,
-                      std::uint32_t fps) {
+vc::FormatModel format(const wchar_t* subtype, std::uint32_t width, std::uint32_t height, std::uint32_t fps) {
   vc::FormatModel model;
   model.subtype = subtype;
   model.width = width;
@@ -31,7 +30,7 @@ vc::FormatModel format(const wchar_t* subtype, std::uint32_t width, std::uint32_
 }
 
 vc::SourceModel source(SourceKind kind, StreamType type, const std::wstring& device_id,
-                      std::vector<vc::FormatModel> formats) {
+                       std::vector<vc::FormatModel> formats) {
   vc::SourceModel model;
   model.id = L"Source@" + device_id + std::to_wstring(static_cast<int>(type));
   model.kind = kind;
@@ -73,8 +72,9 @@ class CaptureClientTest : public ::testing::Test {
 
 TEST_F(CaptureClientTest, UsbCameraIsReadFromItsRecordStream) {
   const std::vector<vc::FormatModel> formats = {format(L"NV12", 640, 480, 30)};
-  vc::use_scenario(one_group(kUsbGroup, {source(SourceKind::Color, StreamType::VideoPreview, kUsbGroup, formats),
-                                         source(SourceKind::Color, StreamType::VideoRecord, kUsbGroup, formats)}));
+  vc::use_scenario(
+      one_group(kUsbGroup, {source(SourceKind::Color, StreamType::VideoPreview, kUsbGroup, formats),
+                            source(SourceKind::Color, StreamType::VideoRecord, kUsbGroup, formats)}));
   auto client = create(1);
   ASSERT_EQ(client->initialize(kUsbGroup, 0, 0, 0), HR_OK);
   ASSERT_NE(client->frame_source(), nullptr);
@@ -84,9 +84,10 @@ TEST_F(CaptureClientTest, UsbCameraIsReadFromItsRecordStream) {
 
 TEST_F(CaptureClientTest, OtherCamerasAreReadFromTheirPreviewStream) {
   const std::vector<vc::FormatModel> formats = {format(L"NV12", 640, 480, 30)};
-  vc::use_scenario(one_group(kPlainGroup, {source(SourceKind::Color, StreamType::VideoRecord, kPlainGroup, formats),
-                                           source(SourceKind::Color, StreamType::VideoPreview, kPlainGroup, formats),
-                                           source(SourceKind::Color, StreamType::Photo, kPlainGroup, formats)}));
+  vc::use_scenario(
+      one_group(kPlainGroup, {source(SourceKind::Color, StreamType::VideoRecord, kPlainGroup, formats),
+                              source(SourceKind::Color, StreamType::VideoPreview, kPlainGroup, formats),
+                              source(SourceKind::Color, StreamType::Photo, kPlainGroup, formats)}));
   auto client = create(0);
   ASSERT_EQ(client->initialize(kPlainGroup, 0, 0, 0), HR_OK);
   EXPECT_EQ(client->frame_source()->info().stream_type, StreamType::VideoPreview);

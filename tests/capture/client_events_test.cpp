@@ -3,11 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <functional>
-#include <tuple>
 #include <chrono>
+#include <functional>
 #include <mutex>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 #include "capture/capture_client.h"
@@ -57,7 +57,8 @@ class ClientEvents : public ::testing::Test {
     vc::Scenario scenario = vc::default_scenario();
     scenario.clock = vc::ClockMode::Manual;  // the worker's reader never sees a frame
     vc::use_scenario(scenario);
-    client_ = CaptureClient::create(platform::current(), 1);  // no failure notifier: a failure is not recovered here
+    client_ = CaptureClient::create(platform::current(),
+                                    1);  // no failure notifier: a failure is not recovered here
     log_.resume();
     ASSERT_EQ(client_->initialize(group_id(), 1, 0, 0), HR_OK);
   }

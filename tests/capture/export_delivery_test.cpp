@@ -47,7 +47,7 @@ TEST_F(ExportDelivery, StreamedRecordIsTheHostsUntilReturned) {
   EXPECT_EQ(frame->width, 640u);
   EXPECT_EQ(frame->stride, 640);
   EXPECT_EQ(frame->data[2 * 640 + 3], 3 + 2 * 2);  // L = x + 2y of the first frame
-  EXPECT_EQ(frame->illumination, 1);                // even frames are lit
+  EXPECT_EQ(frame->illumination, 1);               // even frames are lit
   EXPECT_EQ(vexcap_return_frame(frame), 0);
   EXPECT_EQ(vexcap_return_frame(nullptr), VEXCAP_E_INVALID_ARG);
 }

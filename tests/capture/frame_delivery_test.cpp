@@ -132,7 +132,8 @@ class FrameDeliveryAtEveryLevel : public FrameDelivery {
     });
     const frames::FrameLayout layout{frames::kNv12, 640, 480, 656};
     std::uint32_t n = 0;
-    for (frames::SimdLevel level : {frames::SimdLevel::Scalar, frames::SimdLevel::Sse2, frames::SimdLevel::Avx2, frames::SimdLevel::Avx512}) {
+    for (frames::SimdLevel level : {frames::SimdLevel::Scalar, frames::SimdLevel::Sse2,
+                                    frames::SimdLevel::Avx2, frames::SimdLevel::Avx512}) {
       frames::ScopedSimdCap cap(level);
       vc::advance_time(50ms);
       ASSERT_EQ(collector.frames.size(), n + 1);
@@ -144,14 +145,14 @@ class FrameDeliveryAtEveryLevel : public FrameDelivery {
       } else if (angle == 180) {
         std::vector<std::uint8_t> turned(expected.size());
         ASSERT_TRUE(frames::rotate_half_turn_copy(layout, expected.data(), expected.size(), turned.data(),
-                                          frames::pixel_kernels_at(frames::SimdLevel::Scalar)));
+                                                  frames::pixel_kernels_at(frames::SimdLevel::Scalar)));
         expected = std::move(turned);
         EXPECT_EQ(f.stride, 656);
       } else {
         std::vector<std::uint8_t> turned(640 * 480 * 3 / 2);
-        ASSERT_TRUE(frames::rotate_quarter_turn(layout, expected.data(),
-                                        angle == 90 ? frames::Rotation::By90 : frames::Rotation::By270,
-                                        turned.data()));
+        ASSERT_TRUE(frames::rotate_quarter_turn(
+            layout, expected.data(), angle == 90 ? frames::Rotation::By90 : frames::Rotation::By270,
+            turned.data()));
         expected = std::move(turned);
         EXPECT_EQ(f.width, 480u);
         EXPECT_EQ(f.stride, 480);
@@ -176,8 +177,7 @@ TEST_F(FrameDelivery, IlluminationAlternatesAndTimestampsAreFrameTimeInMicroseco
   ASSERT_EQ(collector.frames.size(), 4u);
   for (std::size_t k = 0; k < 4; ++k) {
     EXPECT_EQ(collector.frames[k]->illumination, k % 2 == 0 ? 1 : 0);
-    EXPECT_EQ(collector.frames[k]->timestamp,
-              (start_time + static_cast<std::int64_t>(k + 1) * 500000) / 10);
+    EXPECT_EQ(collector.frames[k]->timestamp, (start_time + static_cast<std::int64_t>(k + 1) * 500000) / 10);
   }
 }
 
@@ -193,9 +193,8 @@ TEST_F(FrameDelivery, MissingMetadataReadsAsLitAnUnreachableSampleAsDark) {
   for (const std::string& line : log.lines())
     logged = logged || line.rfind("W: Failed getting frame illumination (HRESULT 0x", 0) == 0;
   EXPECT_TRUE(logged);
-  vc::edit_source(group_id(), 0, [](vc::SourceModel& s) {
-    s.illumination = vc::IlluminationMetadata::SampleUnreachable;
-  });
+  vc::edit_source(group_id(), 0,
+                  [](vc::SourceModel& s) { s.illumination = vc::IlluminationMetadata::SampleUnreachable; });
   vc::advance_time(50ms);
   ASSERT_EQ(collector.frames.size(), 2u);
   EXPECT_EQ(collector.frames[1]->illumination, 0);
@@ -287,7 +286,8 @@ INSTANTIATE_TEST_SUITE_P(
     Rows, DeliveredSubtype,
     ::testing::Values(
         SubtypeCase{"Gray8TurnedBy45", false, L"L8", 45, VEXCAP_PIXEL_FORMAT_GRAY8, 640, gray8},
-        SubtypeCase{"Gray16Unconverted", false, L"L16", std::nullopt, VEXCAP_PIXEL_FORMAT_GRAY16, 1280, gray16},
+        SubtypeCase{"Gray16Unconverted", false, L"L16", std::nullopt, VEXCAP_PIXEL_FORMAT_GRAY16, 1280,
+                    gray16},
         SubtypeCase{"Yuy2AsNv12", true, L"YUY2", std::nullopt, VEXCAP_PIXEL_FORMAT_NV12, 640, gray8},
         SubtypeCase{"Bgra8AsNv12", true, L"ARGB32", std::nullopt, VEXCAP_PIXEL_FORMAT_NV12, 640, bgra_luma}),
     [](const ::testing::TestParamInfo<SubtypeCase>& info) { return std::string(info.param.name); });

@@ -15,15 +15,13 @@ class ReportingCapture final : public platform::Capture {
   void initialize(const platform::CaptureSettings&) override { unused(); }
   std::vector<std::shared_ptr<platform::FrameSource>> frame_sources() override { unused(); }
   void close_frame_sources() override { unused(); }
-  std::shared_ptr<platform::FrameReader> create_frame_reader(
-      const std::shared_ptr<platform::FrameSource>&, const std::optional<std::wstring>&) override {
+  std::shared_ptr<platform::FrameReader> create_frame_reader(const std::shared_ptr<platform::FrameSource>&,
+                                                             const std::optional<std::wstring>&) override {
     unused();
   }
   platform::EventToken add_failed(FailedHandler) override { unused(); }
   void remove_failed(platform::EventToken) override { unused(); }
-  platform::EventToken add_exclusive_control_status_changed(ExclusiveControlHandler) override {
-    unused();
-  }
+  platform::EventToken add_exclusive_control_status_changed(ExclusiveControlHandler) override { unused(); }
   void remove_exclusive_control_status_changed(platform::EventToken) override { unused(); }
   std::optional<hresult> shutdown_if_supported() override {
     ++shutdown_queries;

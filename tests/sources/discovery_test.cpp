@@ -17,7 +17,8 @@ vc::SourceModel source(SourceKind kind, std::wstring id, std::optional<platform:
   vc::SourceModel model;
   model.kind = kind;
   model.id = std::move(id);
-  model.device_information = vc::DeviceInfoModel{model.id, L"camera", false, true, platform::Pairing{}, panel};
+  model.device_information =
+      vc::DeviceInfoModel{model.id, L"camera", false, true, platform::Pairing{}, panel};
   return model;
 }
 
@@ -54,11 +55,13 @@ TEST_F(Discovery, AUsbCameraIsAUsbGroupUntilASoftwareDeviceAppearsAnywhere) {
   EXPECT_EQ(group_type(), std::make_pair(0, 2u));
   ASSERT_EQ(vexcap_exit(), 0);
 
-  use({group(kSoftware, {source(SourceKind::Color, L"swd")}), group(kUsb, {source(SourceKind::Color, L"usb")})});
+  use({group(kSoftware, {source(SourceKind::Color, L"swd")}),
+       group(kUsb, {source(SourceKind::Color, L"usb")})});
   EXPECT_EQ(group_type(), std::make_pair(0, 1u));
   ASSERT_EQ(vexcap_exit(), 0);
 
-  use({group(kUsb, {source(SourceKind::Color, L"usb")}), group(kSoftware, {source(SourceKind::Depth, L"swd")})});
+  use({group(kUsb, {source(SourceKind::Color, L"usb")}),
+       group(kSoftware, {source(SourceKind::Depth, L"swd")})});
   EXPECT_EQ(group_type(), std::make_pair(0, 1u));
 }
 

@@ -37,6 +37,7 @@ struct CodeCase {
 };
 
 TEST(FormatCodes, EverySizeAndRateOfTheCodeTable) {
+  // clang-format off
   const CodeCase cases[] = {
       // Infrared and other sources.
       {false, 640, 480, 1, 8}, {false, 640, 480, 5, 7}, {false, 640, 480, 10, 6},
@@ -51,6 +52,7 @@ TEST(FormatCodes, EverySizeAndRateOfTheCodeTable) {
       {true, 1920, 1080, 30, 18}, {true, 1920, 1440, 30, 18}, {true, 1920, 1080, 15, -1},
       {true, 3840, 2160, 30, 20}, {true, 640, 480, 30, -1}, {true, 1280, 960, 30, -1},
   };
+  // clang-format on
   for (const CodeCase& c : cases) {
     const auto code = format_code(c.colour, c.width, c.height, c.fps, 1280, 720);
     EXPECT_EQ(code ? static_cast<int>(*code) : -1, c.code)
@@ -62,10 +64,12 @@ TEST(FormatCodes, EverySizeAndRateOfTheCodeTable) {
 }
 
 TEST(FormatTable, GreyInfraredFormatsKeepTheirPositions) {
-  const auto table = collect_format_table(
-      formats({{L"GRAY8", 640, 480, 15}, {L"L8", 640, 480, 15}, {L"GRAY8", 640, 480, 30},
-               {L"GRAY8", 320, 240, 60}, {L"gray8", 640, 480, 5}}),
-      false, 0, 0);
+  const auto table = collect_format_table(formats({{L"GRAY8", 640, 480, 15},
+                                                   {L"L8", 640, 480, 15},
+                                                   {L"GRAY8", 640, 480, 30},
+                                                   {L"GRAY8", 320, 240, 60},
+                                                   {L"gray8", 640, 480, 5}}),
+                                          false, 0, 0);
   ASSERT_EQ(table.size(), 3u);
   EXPECT_EQ(table.at(5).position, 0u);  // the first of two formats with one code wins
   EXPECT_EQ(table.at(5).subtype, L"GRAY8");
@@ -75,34 +79,33 @@ TEST(FormatTable, GreyInfraredFormatsKeepTheirPositions) {
 }
 
 TEST(FormatTable, TheLastPassThatFindsItsSubtypeDecides) {
-  const auto nv12_only = collect_format_table(
-      formats({{L"NV12", 1920, 1080, 30}, {L"NV12", 1280, 720, 30}}), true, 640, 480);
+  const auto nv12_only =
+      collect_format_table(formats({{L"NV12", 1920, 1080, 30}, {L"NV12", 1280, 720, 30}}), true, 640, 480);
   EXPECT_EQ(nv12_only.size(), 2u);
   EXPECT_FALSE(table_has_subtype(nv12_only, L"RGB24"));
 
-  const auto with_yuy2 = collect_format_table(
-      formats({{L"NV12", 1920, 1080, 30}, {L"YUY2", 1280, 720, 30}}), true, 640, 480);
+  const auto with_yuy2 =
+      collect_format_table(formats({{L"NV12", 1920, 1080, 30}, {L"YUY2", 1280, 720, 30}}), true, 640, 480);
   ASSERT_EQ(with_yuy2.size(), 1u);
   EXPECT_EQ(with_yuy2.at(19).subtype, L"YUY2");
   EXPECT_EQ(with_yuy2.at(19).position, 1u);
 
   const auto with_rgb24 = collect_format_table(
-      formats({{L"NV12", 640, 480, 30}, {L"YUY2", 1920, 1080, 30}, {L"RGB24", 640, 480, 30}}),
-      true, 640, 480);
+      formats({{L"NV12", 640, 480, 30}, {L"YUY2", 1920, 1080, 30}, {L"RGB24", 640, 480, 30}}), true, 640,
+      480);
   ASSERT_EQ(with_rgb24.size(), 1u);
   EXPECT_TRUE(table_has_subtype(with_rgb24, L"RGB24"));
   EXPECT_EQ(with_rgb24.at(11).position, 2u);
 
   // RGB24 offered only at a size without a code: the pass accepts nothing, the YUY2 table stays.
-  const auto rgb24_without_code = collect_format_table(
-      formats({{L"YUY2", 1920, 1080, 30}, {L"RGB24", 800, 600, 30}}), true, 640, 480);
+  const auto rgb24_without_code =
+      collect_format_table(formats({{L"YUY2", 1920, 1080, 30}, {L"RGB24", 800, 600, 30}}), true, 640, 480);
   ASSERT_EQ(rgb24_without_code.size(), 1u);
   EXPECT_EQ(rgb24_without_code.at(18).subtype, L"YUY2");
 }
 
 TEST(FormatTable, NoAcceptedFormatGivesAnEmptyTable) {
-  EXPECT_TRUE(collect_format_table(formats({{L"MJPG", 640, 480, 30}, {L"ARGB32", 640, 480, 30}}),
-                                   false, 0, 0)
+  EXPECT_TRUE(collect_format_table(formats({{L"MJPG", 640, 480, 30}, {L"ARGB32", 640, 480, 30}}), false, 0, 0)
                   .empty());
   EXPECT_TRUE(collect_format_table({}, true, 0, 0).empty());
 }

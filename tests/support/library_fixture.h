@@ -28,7 +28,8 @@ class LibraryTest : public ::testing::Test {
   }
   // The same on a scenario of the test's own; its first group is opened.
   static vexcap_device* open_camera(virtual_camera::Scenario scenario, std::uint32_t stream_mode,
-                                    std::uint16_t preferred_width = 640, std::uint16_t preferred_height = 480) {
+                                    std::uint16_t preferred_width = 640,
+                                    std::uint16_t preferred_height = 480) {
     scenario.clock = virtual_camera::ClockMode::Manual;
     virtual_camera::use_scenario(scenario);
     vexcap_device* device = nullptr;

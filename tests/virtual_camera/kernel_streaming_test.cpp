@@ -97,6 +97,7 @@ Bytes gain_set(std::uint32_t value) {
   return b;
 }
 
+// clang-format off
 const KsCase kCases[] = {
     {"UnitInfoOnItsOwnNodeCarriesTheSignatureAfterAHeader", as_is, ksp_node(ids::kPrimaryUnit, 0, kGetTopology, 3), 32,
      Bytes(512), HR_OK, 24,
@@ -152,6 +153,7 @@ const KsCase kCases[] = {
     {"NodeRequestShorterThanKspNodeIsRefused", as_is, ksp_node(ids::kPrimaryUnit, 15, kGetTopology, 3), 24, Bytes(512),
      HR_INVALIDARG, 0, anything},
 };
+// clang-format on
 
 class VirtualKsProperty : public ::testing::TestWithParam<KsCase> {};
 

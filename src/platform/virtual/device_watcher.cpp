@@ -62,9 +62,13 @@ platform::EventToken VirtualDeviceWatcher::add_updated(UpdateHandler handler) {
 
 void VirtualDeviceWatcher::remove_added(platform::EventToken token) { core_->remove(core_->added, token); }
 
-void VirtualDeviceWatcher::remove_removed(platform::EventToken token) { core_->remove(core_->removed, token); }
+void VirtualDeviceWatcher::remove_removed(platform::EventToken token) {
+  core_->remove(core_->removed, token);
+}
 
-void VirtualDeviceWatcher::remove_updated(platform::EventToken token) { core_->remove(core_->updated, token); }
+void VirtualDeviceWatcher::remove_updated(platform::EventToken token) {
+  core_->remove(core_->updated, token);
+}
 
 void VirtualDeviceWatcher::start() {
   world_->enter_call_or_throw(PlatformCall::StartWatcher);

@@ -1,14 +1,14 @@
 
 
-#include "platform/virtual/frame.h"
 #include "platform/virtual/frame_reader.h"
-#include "platform/virtual/handler_table.h"
-#include "platform/virtual/known_ids.h"
 #include <algorithm>
 #include <deque>
 #include <map>
 #include <mutex>
 #include <thread>
+#include "platform/virtual/frame.h"
+#include "platform/virtual/handler_table.h"
+#include "platform/virtual/known_ids.h"
 
 namespace vexcap::virtual_camera {
 

@@ -175,8 +175,8 @@ struct KsDeviceModel {
   std::uint32_t gain_flags = 0x2;         // KSPROPERTY_VIDEOPROCAMP_FLAGS_MANUAL
   std::uint32_t gain_capabilities = 0x3;  // auto | manual
   std::int32_t video_control_mode = 0;
-  std::uint8_t led_flag = 0;   // primary unit control 14, byte 0
-  std::uint8_t led_power = 0;  // primary unit control 14, byte 1
+  std::uint8_t led_flag = 0;    // primary unit control 14, byte 0
+  std::uint8_t led_power = 0;   // primary unit control 14, byte 1
   std::uint8_t rgb_status = 0;  // primary unit control 15 / alternative unit control 20
   std::uint8_t control18 = 0;
   std::vector<KsFault> faults;
