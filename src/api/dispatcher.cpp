@@ -200,34 +200,33 @@ void Dispatcher::end_devices_left_open() {
 
 // ---- Streaming -------------------------------------------------------------------------------
 
-std::shared_ptr<capture::CaptureClient> Dispatcher::client_for(const vexcap_device& handle,
-                                                               bool by_selector) {
+capture::CaptureClient* Dispatcher::client_for(const vexcap_device& handle, bool by_selector) {
   const std::shared_ptr<device::Device>& device = device_slot(handle);
   if (!device) return nullptr;
-  return by_selector ? device->client_for_selector(handle.stream_selector) : device->shared_client();
+  return &(by_selector ? device->client_for_selector(handle.stream_selector) : device->shared_client());
 }
 
 hresult Dispatcher::start_streaming(CallbackArgs* callback, vexcap_device* handle) {
-  const std::shared_ptr<capture::CaptureClient> client = client_for(*handle, false);
+  capture::CaptureClient* const client = client_for(*handle, false);
   if (!client) return HR_INVALID_STATE;
   return client->start_streaming(reinterpret_cast<vexcap_frame_callback>(callback->callback),
                                  callback->context);
 }
 
 hresult Dispatcher::start_streaming_by_selector(CallbackArgs* callback, vexcap_device* handle) {
-  const std::shared_ptr<capture::CaptureClient> client = client_for(*handle, true);
+  capture::CaptureClient* const client = client_for(*handle, true);
   if (!client) return HR_INVALID_STATE;
   return client->start_streaming(reinterpret_cast<vexcap_frame_callback>(callback->callback),
                                  callback->context);
 }
 
 hresult Dispatcher::stop_streaming(Unused*, vexcap_device* handle) {
-  const std::shared_ptr<capture::CaptureClient> client = client_for(*handle, false);
+  capture::CaptureClient* const client = client_for(*handle, false);
   return client ? client->stop_streaming() : HR_INVALID_STATE;
 }
 
 hresult Dispatcher::stop_streaming_by_selector(Unused*, vexcap_device* handle) {
-  const std::shared_ptr<capture::CaptureClient> client = client_for(*handle, true);
+  capture::CaptureClient* const client = client_for(*handle, true);
   return client ? client->stop_streaming() : HR_INVALID_STATE;
 }
 
@@ -236,7 +235,7 @@ hresult Dispatcher::stop_streaming_by_selector(Unused*, vexcap_device* handle) {
 hresult Dispatcher::register_unsupported_format(CallbackArgs* callback, vexcap_device* handle) {
   const std::shared_ptr<device::Device>& device = device_slot(*handle);
   if (!device) return HR_INVALID_STATE;
-  device->shared_client()->register_unsupported_format(
+  device->shared_client().register_unsupported_format(
       reinterpret_cast<vexcap_unsupported_format_callback>(callback->callback), callback->context);
   return HR_OK;
 }
@@ -244,7 +243,7 @@ hresult Dispatcher::register_unsupported_format(CallbackArgs* callback, vexcap_d
 hresult Dispatcher::unregister_unsupported_format(Unused*, vexcap_device* handle) {
   const std::shared_ptr<device::Device>& device = device_slot(*handle);
   if (!device) return HR_INVALID_STATE;
-  device->shared_client()->unregister_unsupported_format();
+  device->shared_client().unregister_unsupported_format();
   return HR_OK;
 }
 
@@ -323,7 +322,7 @@ hresult Dispatcher::set_device_property(vexcap_property* property, vexcap_device
 
 hresult Dispatcher::get_device_property(vexcap_property* property, vexcap_device* handle) {
   const std::shared_ptr<device::Device>& device = device_slot(*handle);
-  return device ? capture::get_device_property(*device->exclusive_client(), *property) : HR_INVALID_STATE;
+  return device ? capture::get_device_property(device->exclusive_client(), *property) : HR_INVALID_STATE;
 }
 
 }  // namespace vexcap::api

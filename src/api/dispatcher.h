@@ -73,7 +73,8 @@ class Dispatcher final : public RequestHandler {
   hresult set_device_property(vexcap_property* property, vexcap_device* handle);
   hresult get_device_property(vexcap_property* property, vexcap_device* handle);
 
-  std::shared_ptr<capture::CaptureClient> client_for(const vexcap_device& handle, bool by_selector);
+  // The client a streaming request addresses; null without a device.
+  capture::CaptureClient* client_for(const vexcap_device& handle, bool by_selector);
 
   const std::shared_ptr<device::Device>& device_slot(const vexcap_device& handle) const {
     return devices_.find(handle);

@@ -127,8 +127,7 @@ struct DeferredRequest {
   DeferredTarget target;
 };
 
-std::shared_ptr<capture::CaptureClient> client_for(device::Device& device, std::uint32_t message,
-                                                   std::uint32_t selector) {
+capture::CaptureClient& client_for(device::Device& device, std::uint32_t message, std::uint32_t selector) {
   return message == kMsgStopStreamingEx ? device.client_for_selector(selector) : device.shared_client();
 }
 
@@ -138,7 +137,7 @@ const char* stale(Context& context, const DeferredRequest& request) {
   if (request.target.had_device && now != request.target.device.lock()) return "its device was closed";
   if (!request.target.had_device && now) return "no device was open then";
   if (now && request.target.stream_generation &&
-      client_for(*now, request.message, request.handle.stream_selector)->stream_generation() !=
+      client_for(*now, request.message, request.handle.stream_selector).stream_generation() !=
           *request.target.stream_generation)
     return "streaming was started again since";
   return nullptr;  // the references go here: a device's last release belongs to the request thread
@@ -175,7 +174,7 @@ std::optional<int> defer_from_host_callback(const char* name, const vexcap_devic
   request.target.had_device = open != nullptr;
   request.target.device = open;
   if (open && (message == kMsgStopStreaming || message == kMsgStopStreamingEx))
-    request.target.stream_generation = client_for(*open, message, selector)->stream_generation();
+    request.target.stream_generation = client_for(*open, message, selector).stream_generation();
   VXLOG('I', "Request from inside a callback runs after it");
   Context* const target = context.get();  // its queue runs every request before it goes
   if (!context->deferred.post([target, request]() mutable { run_deferred(*target, request); })) {

@@ -73,7 +73,7 @@ class FrameStream {
   void on_frame_dropped(FrameDropReason reason);
   void raise_unsupported_format();
 
-  const std::shared_ptr<OutstandingRecords>& outstanding_records() const { return outstanding_records_; }
+  std::shared_ptr<OutstandingRecords> outstanding_records() const { return outstanding_records_; }
   ControlTracker& control_tracker() { return control_tracker_; }
   FrameRateLimit& frame_rate_limit() { return frame_rate_limit_; }
   FrameCamera& camera() { return camera_; }

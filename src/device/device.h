@@ -54,11 +54,12 @@ class Device {
   // stream switched off (18). See device_properties.cpp.
   hresult set_property(const vexcap_property& property);
 
-  const std::shared_ptr<capture::CaptureClient>& exclusive_client() const { return exclusive_; }
-  const std::shared_ptr<capture::CaptureClient>& shared_client() const { return shared_; }
+  // The device keeps its clients for as long as it lives.
+  capture::CaptureClient& exclusive_client() const { return *exclusive_; }
+  capture::CaptureClient& shared_client() const { return *shared_; }
   // The client a stream selector picks: 1 the exclusive client, anything else the shared one.
-  const std::shared_ptr<capture::CaptureClient>& client_for_selector(std::uint32_t selector) const {
-    return selector == VEXCAP_STREAM_SELECT_EXCLUSIVE ? exclusive_ : shared_;
+  capture::CaptureClient& client_for_selector(std::uint32_t selector) const {
+    return selector == VEXCAP_STREAM_SELECT_EXCLUSIVE ? *exclusive_ : *shared_;
   }
 
  private:

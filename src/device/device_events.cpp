@@ -8,15 +8,15 @@ namespace vexcap::device {
 
 hresult register_exclusive_control_status(Device& device, vexcap_excl_ctrl_status_callback callback,
                                           void* context) {
-  return device.exclusive_client()->register_exclusive_control_status(callback, context);
+  return device.exclusive_client().register_exclusive_control_status(callback, context);
 }
 
 hresult unregister_exclusive_control_status(Device& device) {
-  return device.exclusive_client()->unregister_exclusive_control_status();
+  return device.exclusive_client().unregister_exclusive_control_status();
 }
 
 hresult register_rgb_status(Device& device, vexcap_rgb_status_callback callback, void* context) {
-  capture::CaptureClient& client = *device.exclusive_client();
+  capture::CaptureClient& client = device.exclusive_client();
   const auto source = client.frame_source();
   const bool infrared = source && source->info().kind == platform::SourceKind::Infrared;
   return controls::register_rgb_status_notifier(
@@ -28,14 +28,14 @@ hresult register_rgb_status(Device& device, vexcap_rgb_status_callback callback,
 }
 
 hresult unregister_rgb_status(Device& device) {
-  controls::unregister_rgb_status_notifier(device.exclusive_client()->extension_unit());
+  controls::unregister_rgb_status_notifier(device.exclusive_client().extension_unit());
   return HR_OK;
 }
 
 hresult register_rgb_stopped(Device& device, vexcap_rgb_stopped_callback callback, void* context) {
-  return device.exclusive_client()->register_rgb_stopped(callback, context);
+  return device.exclusive_client().register_rgb_stopped(callback, context);
 }
 
-hresult unregister_rgb_stopped(Device& device) { return device.exclusive_client()->unregister_rgb_stopped(); }
+hresult unregister_rgb_stopped(Device& device) { return device.exclusive_client().unregister_rgb_stopped(); }
 
 }  // namespace vexcap::device

@@ -24,7 +24,7 @@ hresult set_on_temporary_device(const std::wstring& device_id, const vexcap_open
   if (!temporary) return HR_FAIL;
   const hresult opened = temporary->open(device_id, params);
   if (failed(opened)) return opened;
-  const hresult result = capture::set_device_property(*temporary->exclusive_client(), property);
+  const hresult result = capture::set_device_property(temporary->exclusive_client(), property);
   temporary->close();
   return result;
 }
