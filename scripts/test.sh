@@ -64,6 +64,9 @@ run_preset asan
 run_preset tsan
 echo "==== fuzz ===="
 bash scripts/fuzz.sh 30
+echo "==== thread-safety ===="
+cmake --preset thread-safety >/dev/null
+cmake --build --preset thread-safety
 run_preset mingw
 
 # The product DLL under Wine: its tests where the capture classes are missing, the behaviour

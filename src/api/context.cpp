@@ -40,7 +40,7 @@ std::unique_ptr<RequestTransport> start_configured_request_thread(const Context&
   RequestHandlerFactory make_dispatcher = [slots = context.slots, devices = context.devices,
                                            exit_requested = context.exit_requested] {
     device::DeviceEnvironment environment{&platform::current(), exit_requested, notify_capture_failure,
-                                          answer_sent_messages};
+                                          answer_sent_messages, std::this_thread::get_id()};
     return std::make_unique<Dispatcher>(slots, devices, std::move(environment));
   };
   if (starter_override()) return starter_override()(std::move(make_dispatcher));

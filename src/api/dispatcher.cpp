@@ -84,6 +84,7 @@ constexpr Dispatcher::Route Dispatcher::route() {
 }
 
 bool Dispatcher::dispatch(std::uint32_t message, std::uintptr_t wparam, std::intptr_t lparam) {
+  VEXCAP_DCHECK_ON_THREAD(request_thread_);
   switch (message) {
     case ExitRequest::id:
       end_devices_left_open();  // their captures go before Media Foundation and the runtime

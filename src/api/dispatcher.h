@@ -9,6 +9,7 @@
 #include "api/request_transport.h"
 #include "api/requests.h"
 #include "api/runtime_startup.h"
+#include "common/thread_checker.h"
 #include "device/device_environment.h"
 #include "device/device_slots.h"
 #include "device/open_devices.h"
@@ -85,6 +86,7 @@ class Dispatcher final : public RequestHandler {
   const device::DeviceEnvironment device_environment_;
   RuntimeLifetime& runtime_;
   device::DeviceSlots devices_;
+  const ThreadChecker request_thread_;  // built on the request thread, which runs every handler
 };
 
 }  // namespace vexcap::api

@@ -220,6 +220,7 @@ void CaptureClient::subscribe_to_capture_failures() {
 }
 
 void CaptureClient::handle_capture_failure() {
+  VEXCAP_DCHECK_ON_THREAD(request_thread_);
   VXLOG('E', "Handling the capture failure...");
   std::lock_guard<std::mutex> lock(failure_lock_);
   if (!initialized_) {
@@ -271,6 +272,7 @@ bool CaptureClient::can_stream() const {
 }
 
 hresult CaptureClient::enable_stream_type(std::int32_t format_index, std::uint32_t apply_flag) {
+  VEXCAP_DCHECK_ON_THREAD(request_thread_);
   if (!can_stream()) {
     VXLOG('E', "enable_stream_type: not valid state");
     return HR_INVALID_STATE;
@@ -302,11 +304,12 @@ hresult CaptureClient::enable_stream_type(std::int32_t format_index, std::uint32
 }
 
 hresult CaptureClient::start_streaming(vexcap_frame_callback callback, void* context) {
+  VEXCAP_DCHECK_ON_THREAD(request_thread_);
   if (!can_stream()) {
     VXLOG('E', "start_streaming: not valid state");
     return HR_INVALID_STATE;
   }
-  std::unique_lock<std::mutex> lock = stream_.hold();
+  std::unique_lock<Mutex> lock = stream_.hold();
   try {
     // The handler holds only a weak reference: a pending frame never keeps a client alive.
     std::weak_ptr<CaptureClient> weak = weak_from_this();
@@ -351,13 +354,13 @@ hresult CaptureClient::read_led_power(std::uint32_t& power) {
 }
 
 void CaptureClient::register_unsupported_format(vexcap_unsupported_format_callback callback, void* context) {
-  const std::unique_lock<std::mutex> lock = unsupported_format_.hold();
+  const std::unique_lock<Mutex> lock = unsupported_format_.hold();
   if (!initialized_ || unsupported_format_.registered(lock)) return;
   unsupported_format_.store(lock, callback, context);
 }
 
 void CaptureClient::unregister_unsupported_format() {
-  const std::unique_lock<std::mutex> lock = unsupported_format_.hold();
+  const std::unique_lock<Mutex> lock = unsupported_format_.hold();
   if (!initialized_ || !unsupported_format_.registered(lock)) return;
   unsupported_format_.clear(lock);
 }

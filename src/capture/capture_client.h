@@ -1,6 +1,9 @@
 // The capture client: one media-capture session on one camera source group, its frame reader
 // and the host's frame callback. A device holds two: one exclusive, one shared read-only.
 //
+// Its narrow parts: the FrameStream that frame delivery gets instead of the client, the event
+// registrations (exclusive-control status, unsupported format) and the RGB-stopped worker.
+//
 // Every operation runs on the request thread, except the frame-arrived handler (platform
 // threads) and the capture-failure handler. Lock order: no operation holds two of the
 // client's locks at once.
@@ -19,6 +22,7 @@
 #include "capture/frame_stream.h"
 #include "capture/rgb_stopped_worker.h"
 #include "common/hresult.h"
+#include "common/thread_checker.h"
 #include "controls/extended_properties.h"
 #include "controls/extension_unit.h"
 #include "platform/port.h"
@@ -30,7 +34,7 @@ namespace vexcap::capture {
 // The client's device identifier holds at most this many UTF-16 units, terminator included.
 constexpr std::size_t kDeviceIdCapacity = 260;
 
-class CaptureClient : public std::enable_shared_from_this<CaptureClient>, private FrameCamera {
+class CaptureClient final : public std::enable_shared_from_this<CaptureClient>, private FrameCamera {
  public:
   // `sharing` (a vexcap_stream_mode): 0 shared, 1 exclusive, anything else logged and treated as
   // shared. The client's sessions, readers and extension unit come from `platform`.
@@ -64,6 +68,9 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient>, privat
   // and returns at once, false when there is no request thread. Set before initialize.
   using FailureNotifier = std::function<bool(const std::weak_ptr<CaptureClient>&)>;
   void set_failure_notifier(FailureNotifier notifier) { failure_notifier_ = std::move(notifier); }
+  // The thread its requests run on, checked in debug builds; a client bound to none (a test
+  // driving it directly) is not checked.
+  void bind_to_request_thread(std::thread::id thread) { request_thread_ = ThreadChecker(thread); }
   // Recovery on the request thread: a new capture instance and a new, stopped reader. A client
   // cleared (or closed) since the failure is left alone.
   void handle_capture_failure();
@@ -175,6 +182,7 @@ class CaptureClient : public std::enable_shared_from_this<CaptureClient>, privat
   std::array<wchar_t, kDeviceIdCapacity> device_id_{};
 
   bool rgb_disabled_ = false;  // set for good when the host switches the colour stream off
+  ThreadChecker request_thread_{std::thread::id()};
 };
 
 }  // namespace vexcap::capture

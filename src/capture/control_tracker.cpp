@@ -9,35 +9,35 @@ constexpr std::size_t index_of(TrackedControl control) { return static_cast<std:
 }  // namespace
 
 template <typename T>
-void ControlTracker::store(T& slot, T value, TrackedControl control) {
-  std::lock_guard<std::mutex> lock(mutex_);
-  if (slot == value) return;
-  slot = value;
+void ControlTracker::store(T ControlTracker::*slot, T value, TrackedControl control) {
+  MutexLock lock(mutex_);
+  if (this->*slot == value) return;
+  this->*slot = value;
   counters_[index_of(control)] = 0;
   changed_[index_of(control)] = true;
 }
 
 void ControlTracker::store_exposure(std::uint64_t value) {
-  store(exposure_, value, TrackedControl::Exposure);
+  store(&ControlTracker::exposure_, value, TrackedControl::Exposure);
 }
 
 void ControlTracker::store_iso_speed(std::uint32_t value) {
-  store(iso_speed_, value, TrackedControl::IsoSpeed);
+  store(&ControlTracker::iso_speed_, value, TrackedControl::IsoSpeed);
 }
 
 void ControlTracker::store_led_power(std::uint32_t value) {
-  store(led_power_, value, TrackedControl::LedPower);
+  store(&ControlTracker::led_power_, value, TrackedControl::LedPower);
 }
 
 void ControlTracker::set_valid_now(TrackedControl control, bool valid) {
-  std::lock_guard<std::mutex> lock(mutex_);
+  MutexLock lock(mutex_);
   valid_now_[index_of(control)] = valid;
 }
 
 ControlReport ControlTracker::next_frame() {
   std::array<bool, 3> report{};
   ControlReport result;
-  std::lock_guard<std::mutex> lock(mutex_);
+  MutexLock lock(mutex_);
   result.exposure = exposure_;
   result.iso_speed = iso_speed_;
   result.led_power = led_power_;

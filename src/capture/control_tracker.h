@@ -9,6 +9,8 @@
 #include <cstdint>
 #include <mutex>
 
+#include "common/mutex.h"
+
 namespace vexcap::capture {
 
 enum class TrackedControl : std::size_t { Exposure = 0, IsoSpeed = 1, LedPower = 2 };
@@ -40,16 +42,17 @@ class ControlTracker {
   ControlReport next_frame();
 
  private:
+  // Stores into the member `slot` under the lock.
   template <typename T>
-  void store(T& slot, T value, TrackedControl control);
+  void store(T ControlTracker::*slot, T value, TrackedControl control) VEXCAP_EXCLUDES(mutex_);
 
-  std::uint64_t exposure_ = 0;
-  std::uint32_t iso_speed_ = 0;
-  std::uint32_t led_power_ = 0;
-  std::array<bool, 3> valid_now_{};
-  std::mutex mutex_;
-  std::array<bool, 3> changed_{};
-  std::array<std::uint8_t, 3> counters_{};
+  Mutex mutex_;
+  std::uint64_t exposure_ VEXCAP_GUARDED_BY(mutex_) = 0;
+  std::uint32_t iso_speed_ VEXCAP_GUARDED_BY(mutex_) = 0;
+  std::uint32_t led_power_ VEXCAP_GUARDED_BY(mutex_) = 0;
+  std::array<bool, 3> valid_now_ VEXCAP_GUARDED_BY(mutex_){};
+  std::array<bool, 3> changed_ VEXCAP_GUARDED_BY(mutex_){};
+  std::array<std::uint8_t, 3> counters_ VEXCAP_GUARDED_BY(mutex_){};
 };
 
 }  // namespace vexcap::capture

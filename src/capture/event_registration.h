@@ -5,20 +5,24 @@
 #include <mutex>
 
 #include "common/host_callback.h"
+#include "common/mutex.h"
 
 namespace vexcap::capture {
 
 template <typename Callback>
 class EventRegistration {
  public:
-  // For a registration that does more under the lock than storing the pair.
-  [[nodiscard]] std::unique_lock<std::mutex> hold() { return std::unique_lock<std::mutex>(mutex_); }
-  bool registered(const std::unique_lock<std::mutex>&) const { return callback_ != nullptr; }
-  void store(const std::unique_lock<std::mutex>&, Callback callback, void* context) {
+  // A registration holds the lock for all it does; the held lock is the proof the others ask for.
+  [[nodiscard]] std::unique_lock<Mutex> hold() { return std::unique_lock<Mutex>(mutex_); }
+  bool registered(const std::unique_lock<Mutex>&) const VEXCAP_NO_THREAD_SAFETY_ANALYSIS {
+    return callback_ != nullptr;
+  }
+  void store(const std::unique_lock<Mutex>&, Callback callback,
+             void* context) VEXCAP_NO_THREAD_SAFETY_ANALYSIS {
     callback_ = callback;
     context_ = context;
   }
-  void clear(const std::unique_lock<std::mutex>&) {
+  void clear(const std::unique_lock<Mutex>&) VEXCAP_NO_THREAD_SAFETY_ANALYSIS {
     callback_ = nullptr;
     context_ = nullptr;
   }
@@ -26,16 +30,16 @@ class EventRegistration {
   // Calls `call(callback, context)` with the lock held, when a callback is registered.
   template <typename Call>
   void raise(Call&& call) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    MutexLock lock(mutex_);
     if (callback_ == nullptr) return;
     HostCallbackScope marked;
     call(callback_, context_);
   }
 
  private:
-  std::mutex mutex_;
-  Callback callback_ = nullptr;  // guarded by mutex_
-  void* context_ = nullptr;      // guarded by mutex_
+  Mutex mutex_;
+  Callback callback_ VEXCAP_GUARDED_BY(mutex_) = nullptr;
+  void* context_ VEXCAP_GUARDED_BY(mutex_) = nullptr;
 };
 
 }  // namespace vexcap::capture

@@ -20,7 +20,7 @@ constexpr std::int32_t kFaceAuthSettling = 2;
 
 hresult CaptureClient::register_exclusive_control_status(vexcap_excl_ctrl_status_callback callback,
                                                          void* context) {
-  const std::unique_lock<std::mutex> lock = exclusive_control_.hold();
+  const std::unique_lock<Mutex> lock = exclusive_control_.hold();
   if (exclusive_control_.registered(lock)) return HR_OK;
   if (!capture_) return HR_INVALID_STATE;
 
@@ -46,7 +46,7 @@ hresult CaptureClient::register_exclusive_control_status(vexcap_excl_ctrl_status
 }
 
 hresult CaptureClient::unregister_exclusive_control_status() {
-  const std::unique_lock<std::mutex> lock = exclusive_control_.hold();
+  const std::unique_lock<Mutex> lock = exclusive_control_.hold();
   exclusive_control_.clear(lock);
   if (exclusive_control_token_ == 0 || !capture_) return HR_OK;
   try {

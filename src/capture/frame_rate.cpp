@@ -33,17 +33,17 @@ std::uint32_t frames_per_second_for_code(std::uint32_t code) {
 }
 
 void FrameRateLimit::set(std::uint32_t frames_per_second) {
-  std::lock_guard<std::mutex> guard(lock_);
+  MutexLock guard(lock_);
   limit_ = frames_per_second;
 }
 
 std::uint32_t FrameRateLimit::get() const {
-  std::lock_guard<std::mutex> guard(lock_);
+  MutexLock guard(lock_);
   return limit_;
 }
 
 bool FrameRateLimit::admit(double rate, std::int64_t timestamp) {
-  std::lock_guard<std::mutex> guard(lock_);
+  MutexLock guard(lock_);
   // The threshold is computed in single precision first, as the limit has always been.
   if (limit_ != 0 && rate > static_cast<double>(static_cast<float>(limit_) * 1.1f)) return false;
   g_last_accepted.store(timestamp, std::memory_order_relaxed);

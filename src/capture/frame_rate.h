@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <mutex>
 
+#include "common/mutex.h"
+
 namespace vexcap::capture {
 
 // Frames per second since the last accepted frame; 0.0 for the first frame of the process,
@@ -28,8 +30,8 @@ class FrameRateLimit {
   bool admit(double rate, std::int64_t timestamp);
 
  private:
-  mutable std::mutex lock_;
-  std::uint32_t limit_ = 0;
+  mutable Mutex lock_;
+  std::uint32_t limit_ VEXCAP_GUARDED_BY(lock_) = 0;
 };
 
 }  // namespace vexcap::capture

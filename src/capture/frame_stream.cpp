@@ -3,19 +3,19 @@
 namespace vexcap::capture {
 
 FrameStream::Listener FrameStream::listener() {
-  std::lock_guard<std::mutex> lock(listener_lock_);
+  MutexLock lock(listener_lock_);
   return listener_;
 }
 
-void FrameStream::start(const std::unique_lock<std::mutex>&, Listener listener) {
+void FrameStream::start(const std::unique_lock<Mutex>&, Listener listener) {
   listener_ = listener;
   ++generation_;
 }
 
-void FrameStream::clear_listener(const std::unique_lock<std::mutex>&) { listener_ = Listener{}; }
+void FrameStream::clear_listener(const std::unique_lock<Mutex>&) { listener_ = Listener{}; }
 
 void FrameStream::end_delivery() {
-  std::lock_guard<std::mutex> lock(listener_lock_);
+  MutexLock lock(listener_lock_);
   listener_ = Listener{};
 }
 

@@ -17,6 +17,7 @@
 #include "capture/frame_rate.h"
 #include "capture/outstanding_records.h"
 #include "common/hresult.h"
+#include "common/mutex.h"
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
 
@@ -60,10 +61,10 @@ class FrameStream {
   };
   Listener listener();
   // Held by a start for its whole run.
-  [[nodiscard]] std::unique_lock<std::mutex> hold() { return std::unique_lock<std::mutex>(listener_lock_); }
-  // A new stream: its listener, one more generation.
-  void start(const std::unique_lock<std::mutex>& held, Listener listener);
-  void clear_listener(const std::unique_lock<std::mutex>& held);
+  [[nodiscard]] std::unique_lock<Mutex> hold() { return std::unique_lock<Mutex>(listener_lock_); }
+  // A new stream: its listener, one more generation. The held lock is the proof of the lock.
+  void start(const std::unique_lock<Mutex>& held, Listener listener) VEXCAP_NO_THREAD_SAFETY_ANALYSIS;
+  void clear_listener(const std::unique_lock<Mutex>& held) VEXCAP_NO_THREAD_SAFETY_ANALYSIS;
   // No frame reaches the host until the next start (a stop, or the host's callback answered false).
   void end_delivery();
   // Counts the starts: a stop asked for earlier applies only to the stream it saw running.
@@ -82,8 +83,8 @@ class FrameStream {
   FrameCamera& camera_;
   UnsupportedFormatEvent& unsupported_format_;
 
-  std::mutex listener_lock_;
-  Listener listener_;  // guarded by listener_lock_
+  Mutex listener_lock_;
+  Listener listener_ VEXCAP_GUARDED_BY(listener_lock_);
   std::atomic<std::uint64_t> generation_{0};
   const std::shared_ptr<OutstandingRecords> outstanding_records_ = std::make_shared<OutstandingRecords>();
   ControlTracker control_tracker_;

@@ -11,8 +11,8 @@ namespace {
 // the host returns them from any thread, after their device, client or library has gone.
 // An empty map holds no memory, so a host that returns everything leaves nothing behind.
 struct RecordOwners {
-  std::mutex mutex;
-  std::map<const vexcap_frame*, std::shared_ptr<OutstandingRecords>> owners;  // guarded by mutex
+  Mutex mutex;
+  std::map<const vexcap_frame*, std::shared_ptr<OutstandingRecords>> owners VEXCAP_GUARDED_BY(mutex);
 };
 
 RecordOwners& record_owners() {
@@ -23,7 +23,7 @@ RecordOwners& record_owners() {
 }  // namespace
 
 bool OutstandingRecords::reserve() {
-  std::lock_guard<std::mutex> lock(mutex_);
+  MutexLock lock(mutex_);
   if (outstanding_ >= kOutstandingRecordLimit) {
     if (!dropping_) {
       VXLOG('W', "Frame dropped: the host holds %u records of this stream", outstanding_);
@@ -39,18 +39,18 @@ bool OutstandingRecords::reserve() {
 void OutstandingRecords::cancel() { give_back(); }
 
 void OutstandingRecords::give_back() {
-  std::lock_guard<std::mutex> lock(mutex_);
+  MutexLock lock(mutex_);
   if (outstanding_ > 0) --outstanding_;
 }
 
 void OutstandingRecords::hand_over(const vexcap_frame* record) {
   RecordOwners& owners = record_owners();
-  std::lock_guard<std::mutex> lock(owners.mutex);
+  MutexLock lock(owners.mutex);
   owners.owners[record] = shared_from_this();
 }
 
 std::uint32_t OutstandingRecords::count() {
-  std::lock_guard<std::mutex> lock(mutex_);
+  MutexLock lock(mutex_);
   return outstanding_;
 }
 
@@ -58,7 +58,7 @@ void record_returned(const vexcap_frame* record) {
   std::shared_ptr<OutstandingRecords> owner;
   {
     RecordOwners& owners = record_owners();
-    std::lock_guard<std::mutex> lock(owners.mutex);
+    MutexLock lock(owners.mutex);
     const auto it = owners.owners.find(record);
     if (it == owners.owners.end()) return;
     owner = std::move(it->second);

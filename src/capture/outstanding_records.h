@@ -7,6 +7,8 @@
 #include <memory>
 #include <mutex>
 
+#include "common/mutex.h"
+
 #include "vexcap/vexcap.h"
 
 namespace vexcap::capture {
@@ -29,9 +31,9 @@ class OutstandingRecords : public std::enable_shared_from_this<OutstandingRecord
   void give_back();
   friend void record_returned(const vexcap_frame* record);
 
-  std::mutex mutex_;
-  std::uint32_t outstanding_ = 0;  // guarded by mutex_
-  bool dropping_ = false;          // guarded by mutex_: frames are being dropped at the limit
+  Mutex mutex_;
+  std::uint32_t outstanding_ VEXCAP_GUARDED_BY(mutex_) = 0;
+  bool dropping_ VEXCAP_GUARDED_BY(mutex_) = false;  // frames are being dropped at the limit
 };
 
 // Called by vexcap_return_frame before it frees the record: the record counts no more for the

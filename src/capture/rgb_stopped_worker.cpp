@@ -121,7 +121,7 @@ void RgbStoppedWorker::clear_callback(bool initialized) {
 
 void RgbStoppedWorker::stop_for_good(bool initialized) {
   {
-    std::lock_guard<std::mutex> lock(worker_lock_);
+    MutexLock lock(worker_lock_);
     stop_ = true;
     for (const auto& wake : pass_wakes_) wake->set();
   }
@@ -177,20 +177,20 @@ bool RgbStoppedWorker::probe_until_stopped(const std::wstring& device_id, std::u
 }
 
 bool RgbStoppedWorker::begin_pass(const std::shared_ptr<ManualResetEvent>& wake) {
-  std::lock_guard<std::mutex> lock(worker_lock_);
+  MutexLock lock(worker_lock_);
   if (stop_) return false;
   pass_wakes_.push_back(wake);
   return true;
 }
 
 bool RgbStoppedWorker::end_pass(const std::shared_ptr<ManualResetEvent>& wake) {
-  std::lock_guard<std::mutex> lock(worker_lock_);
+  MutexLock lock(worker_lock_);
   std::erase(pass_wakes_, wake);
   return !stop_;
 }
 
 void RgbStoppedWorker::wake_passes() {
-  std::lock_guard<std::mutex> lock(worker_lock_);
+  MutexLock lock(worker_lock_);
   for (const auto& wake : pass_wakes_) wake->set();
 }
 

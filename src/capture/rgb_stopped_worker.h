@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "common/manual_reset_event.h"
+#include "common/mutex.h"
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
 
@@ -76,9 +77,10 @@ class RgbStoppedWorker {
   std::atomic<void*> context_{nullptr};
   ManualResetEvent stopped_event_;
 
-  std::mutex worker_lock_;  // guards the two fields below
-  bool stop_ = false;
-  std::vector<std::shared_ptr<ManualResetEvent>> pass_wakes_;  // of the passes now waiting
+  Mutex worker_lock_;
+  bool stop_ VEXCAP_GUARDED_BY(worker_lock_) = false;
+  std::vector<std::shared_ptr<ManualResetEvent>> pass_wakes_
+      VEXCAP_GUARDED_BY(worker_lock_);  // of the passes now waiting
 
   std::thread task_;  // the newest worker (request thread only)
 };

@@ -32,10 +32,13 @@ std::shared_ptr<Device> Device::create(DeviceEnvironment environment) {
   }
   // Only the exclusive client subscribes to capture failures; recovery runs on the request thread.
   exclusive->set_failure_notifier(environment.capture_failures);
+  exclusive->bind_to_request_thread(environment.request_thread);
+  shared->bind_to_request_thread(environment.request_thread);
   return std::shared_ptr<Device>(new Device(std::move(shared), std::move(exclusive), std::move(environment)));
 }
 
 hresult Device::open(const std::wstring& device_id, const vexcap_open_params& params) {
+  VEXCAP_DCHECK_ON_THREAD(request_thread_);
   const hresult exclusive = open_client(exclusive_, device_id, params);
   if (failed(exclusive)) return exclusive;
   return open_client(shared_, device_id, params);
@@ -91,6 +94,7 @@ Device::~Device() {
 }
 
 hresult Device::close() {
+  VEXCAP_DCHECK_ON_THREAD(request_thread_);
   // An initialization abandoned after its time limit may still be running: it ends first.
   {
     std::lock_guard<std::mutex> initialization(*exclusive_initialization_);
@@ -111,18 +115,21 @@ void Device::replace_worker(std::unique_ptr<WorkerThread>& slot, std::unique_ptr
 }
 
 hresult Device::set_exposure(std::int64_t exposure) {
+  VEXCAP_DCHECK_ON_THREAD(request_thread_);
   const hresult result = capture::set_exposure(*exclusive_, exposure);
   if (result == HR_OK) shared_->control_tracker().store_exposure(static_cast<std::uint64_t>(exposure));
   return result;
 }
 
 hresult Device::set_iso_speed(std::uint32_t iso_speed) {
+  VEXCAP_DCHECK_ON_THREAD(request_thread_);
   const hresult result = capture::set_iso_speed(*exclusive_, iso_speed);
   if (result == HR_OK) shared_->control_tracker().store_iso_speed(iso_speed);
   return result;
 }
 
 hresult Device::set_led_power(std::uint32_t power) {
+  VEXCAP_DCHECK_ON_THREAD(request_thread_);
   const hresult result = capture::set_led_power(*exclusive_, power);
   if (result == HR_OK) shared_->control_tracker().store_led_power(power);
   return result;

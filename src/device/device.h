@@ -9,6 +9,7 @@
 #include "capture/capture_client.h"
 #include "common/hresult.h"
 #include "common/manual_reset_event.h"
+#include "common/thread_checker.h"
 #include "common/worker_thread.h"
 #include "device/device_environment.h"
 #include "vexcap/vexcap.h"
@@ -79,6 +80,7 @@ class Device {
   std::shared_ptr<capture::CaptureClient> exclusive_;
   std::unique_ptr<WorkerThread> unsupported_format_notifier_;
   const DeviceEnvironment environment_;
+  const ThreadChecker request_thread_{environment_.request_thread};
   // Held by a client's initialization thread for its attempt, and by the teardown: one never
   // runs beside the other, even after an attempt outlived its time limit.
   const std::shared_ptr<std::mutex> exclusive_initialization_ = std::make_shared<std::mutex>();

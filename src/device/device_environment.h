@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <thread>
 
 #include "capture/capture_client.h"
 #include "common/manual_reset_event.h"
@@ -21,6 +22,8 @@ struct DeviceEnvironment {
   // Run by the request thread between the slices of its waits for a client's initialization
   // (answers the messages sent to its windows on Windows).
   std::function<void()> between_wait_slices;
+  // The thread the device's requests run on (debug builds check it).
+  std::thread::id request_thread;
 };
 
 }  // namespace vexcap::device

@@ -32,6 +32,7 @@ hresult set_on_temporary_device(const std::wstring& device_id, const vexcap_open
 }  // namespace
 
 hresult Device::set_property(const vexcap_property& property) {
+  VEXCAP_DCHECK_ON_THREAD(request_thread_);
   if (property.id == VEXCAP_PROP_AUTO_EXPOSURE && property.value == VEXCAP_AUTO_EXPOSURE_OFF) {
     return switch_auto_exposure_off(property);
   }

@@ -8,6 +8,8 @@
 #include <memory>
 #include <mutex>
 
+#include "common/mutex.h"
+
 namespace vexcap::device {
 
 class Device;
@@ -17,17 +19,17 @@ class OpenDevices {
   static std::size_t slot_of(std::uint32_t stream_mode) { return stream_mode != 0 ? 1 : 0; }
 
   void set(std::size_t slot, const std::shared_ptr<Device>& device) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    MutexLock lock(mutex_);
     slots_[slot] = device;
   }
   std::shared_ptr<Device> get(std::size_t slot) {
-    std::lock_guard<std::mutex> lock(mutex_);
+    MutexLock lock(mutex_);
     return slots_[slot].lock();
   }
 
  private:
-  std::mutex mutex_;
-  std::weak_ptr<Device> slots_[2];  // guarded by mutex_; never keeps a device alive
+  Mutex mutex_;
+  std::weak_ptr<Device> slots_[2] VEXCAP_GUARDED_BY(mutex_);  // never keeps a device alive
 };
 
 }  // namespace vexcap::device

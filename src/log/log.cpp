@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <mutex>
 
+#include "common/mutex.h"
+
 #include "log/log_format.h"
 
 namespace vexcap::log {
@@ -13,11 +15,11 @@ namespace {
 
 // The log's state is process-wide: every device and thread shares one log.
 struct LogState {
-  std::mutex lock;                      // serializes formatting and printing
+  Mutex lock;                           // serializes formatting and printing
   std::atomic<int> ready{0};            // non-zero while a capture client has set the log up
   std::atomic<std::uint32_t> gate{0xFF};  // non-zero: lines are printed
-  Sink sink = nullptr;                  // guarded by lock
-  void* sink_context = nullptr;
+  Sink sink VEXCAP_GUARDED_BY(lock) = nullptr;
+  void* sink_context VEXCAP_GUARDED_BY(lock) = nullptr;
 };
 
 LogState& state() {
@@ -36,7 +38,7 @@ void write(std::uint64_t, int, char level, const char* format, ...) {
   // Off is the common case on the frame path: skip the lock (the gate is read again under it).
   if (log.gate.load(std::memory_order_relaxed) == 0) return;
 
-  std::lock_guard<std::mutex> guard(log.lock);
+  MutexLock guard(log.lock);
   if (log.gate.load(std::memory_order_relaxed) == 0 || format == nullptr) return;
 
   char translated[kFormatCapacity];
@@ -61,7 +63,7 @@ void write(std::uint64_t, int, char level, const char* format, ...) {
 void client_constructed() {
   LogState& log = state();
   log.ready.store(1, std::memory_order_release);
-  std::lock_guard<std::mutex> guard(log.lock);
+  MutexLock guard(log.lock);
   log.gate.store(0, std::memory_order_relaxed);
 }
 
@@ -70,7 +72,7 @@ void client_destroyed() { state().ready.store(0, std::memory_order_release); }
 void set_output_from_property(std::uint32_t value) {
   LogState& log = state();
   if (!log.ready.load(std::memory_order_acquire)) return;
-  std::lock_guard<std::mutex> guard(log.lock);
+  MutexLock guard(log.lock);
   log.gate.store(value == 0x501 ? 0xFF : 0, std::memory_order_relaxed);
 }
 
@@ -78,7 +80,7 @@ bool is_ready() { return state().ready.load(std::memory_order_acquire) != 0; }
 
 void set_sink_for_testing(Sink sink, void* context) {
   LogState& log = state();
-  std::lock_guard<std::mutex> guard(log.lock);
+  MutexLock guard(log.lock);
   log.sink = sink;
   log.sink_context = context;
 }

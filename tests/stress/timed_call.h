@@ -11,7 +11,13 @@
 namespace vexcap::stress {
 
 // Every mapped result code; what an export with valid arguments may answer.
-inline const std::vector<int> kMappedCodes = {0, -1, -2, -3, -4, -5, -6};
+inline const std::vector<int> kMappedCodes = {VEXCAP_OK,
+                                              VEXCAP_E_FAIL,
+                                              VEXCAP_E_INVALID_STATE,
+                                              VEXCAP_E_TIMEOUT,
+                                              VEXCAP_E_ACCESS_DENIED,
+                                              VEXCAP_E_INVALID_ARG,
+                                              VEXCAP_E_NO_INTERFACE};
 
 class InFlightClaim {
  public:
