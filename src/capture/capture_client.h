@@ -119,7 +119,7 @@ class CaptureClient final : public std::enable_shared_from_this<CaptureClient>, 
   // 0, or the platform's failure (logged) when the subscription cannot be removed.
   hresult unregister_exclusive_control_status();
 
-  // The RGB-stopped event (see client/rgb_stopped_worker.h): always 0.
+  // The RGB-stopped event (see capture/rgb_stopped_worker.h): always 0.
   hresult register_rgb_stopped(vexcap_rgb_stopped_callback callback, void* context);
   hresult unregister_rgb_stopped();
   bool rgb_stopped_event_set() const { return rgb_stopped_.stopped_event_set(); }

@@ -1,6 +1,6 @@
 // The numbered device properties of one capture client (vexcap_set_dev_property and
 // vexcap_get_dev_property). The device's own rules that involve both of its clients live with
-// the device (api/device.h). Request thread only.
+// the device (device/device.h). Request thread only.
 #pragma once
 
 #include "common/hresult.h"
