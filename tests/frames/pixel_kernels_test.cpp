@@ -219,6 +219,25 @@ TEST(PixelKernels, CopyWritesExactlyTheSourceBytesAtEveryLengthAndAlignment) {
   }
 }
 
+// Long copies take one of two ways by where the destination lies from the source modulo 4096:
+// both must give the source bytes, at every distance either side of a line and of a page.
+TEST(PixelKernels, LongCopiesMatchTheSourceAtEveryDistanceModulo4096) {
+  const std::size_t n = 20000;
+  const Bytes src = random_bytes(n, 47);
+  for (SimdLevel level : vector_levels()) {
+    for (std::size_t distance : {0u, 1u, 15u, 16u, 63u, 64u, 65u, 1000u, 4032u, 4095u}) {
+      Bytes block(n + 2 * 4096 + 64, 0x5A);
+      const std::size_t src_at = reinterpret_cast<std::uintptr_t>(src.data()) % 4096;
+      std::uint8_t* base = block.data() + (4096 - reinterpret_cast<std::uintptr_t>(block.data()) % 4096);
+      std::uint8_t* dst = base + (src_at + distance) % 4096;
+      pixel_kernels_at(level).copy_bytes(dst, src.data(), n);
+      ASSERT_TRUE(std::equal(src.begin(), src.end(), dst)) << simd_level_name(level) << " distance " << distance;
+      ASSERT_EQ(dst[-1], 0x5A);
+      ASSERT_EQ(dst[n], 0x5A);
+    }
+  }
+}
+
 // ---- Rotations -------------------------------------------------------------------------------
 
 struct Shape {

@@ -4,6 +4,9 @@
 // instantiates with its own types or keeps in an unnamed namespace: any other inline function
 // compiled here could be shared with translation units that run on CPUs without AVX2.
 #include <immintrin.h>
+#if defined(_MSC_VER) && !defined(__clang__)
+#include <intrin.h>  // __movsb
+#endif
 
 #include <cstdint>
 #include <cstring>
@@ -286,12 +289,36 @@ void reverse_units(const std::uint8_t* src, std::uint8_t* dst, std::size_t units
 }
 
 // ---- Copy -----------------------------------------------------------------------------------
-// 128 bytes a step into 32-byte aligned destination lines; the first and last 32 bytes are
-// stored unaligned, overlapping the steps beside them.
+// Records of a few kilobytes up to a megabyte go to the processor's string move (`rep movsb`),
+// which fills whole destination lines without reading them first: a record's block that had
+// left the caches took a tenth longer with vector stores (Gray8 640x480, AMD Zen 4). Not when
+// the destination lies less than a line past the source modulo 4096, where the string move
+// runs up to sixteen times slower on AMD CPUs, nor for larger records, where it lost to the
+// vector moves (NV12 1080p from memory).
+constexpr std::size_t kStringMoveFrom = 4096;
+constexpr std::size_t kStringMoveBelow = std::size_t{1} << 20;
+
+bool string_move_pays(const std::uint8_t* dst, const std::uint8_t* src, std::size_t bytes) {
+  const std::uintptr_t distance =
+      (reinterpret_cast<std::uintptr_t>(dst) - reinterpret_cast<std::uintptr_t>(src)) & 4095;
+  return bytes >= kStringMoveFrom && bytes < kStringMoveBelow && distance >= 64;
+}
+
+void string_move(std::uint8_t* dst, const std::uint8_t* src, std::size_t bytes) {
+#if defined(_MSC_VER) && !defined(__clang__)
+  __movsb(dst, src, bytes);
+#else
+  asm volatile("rep movsb" : "+D"(dst), "+S"(src), "+c"(bytes) : : "memory");
+#endif
+}
+
+// Otherwise 128 bytes a step into 32-byte aligned destination lines; the first and last 32
+// bytes are stored unaligned, overlapping the steps beside them.
 
 __m256i load256(const std::uint8_t* p) { return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p)); }
 
 void copy_bytes(std::uint8_t* dst, const std::uint8_t* src, std::size_t bytes) {
+  if (string_move_pays(dst, src, bytes)) return string_move(dst, src, bytes);
   if (bytes < 32) {
     if (bytes != 0) std::memcpy(dst, src, bytes);
     return;
