@@ -245,11 +245,11 @@ struct Shape {
   std::uint32_t padding;  // bytes after each row of the first plane
 };
 
-// Planes smaller than a tile, exactly a tile (32x16 bytes, 16x16, 8x16 and 8x8 units) and with
+// Planes smaller than a tile, exactly a tile (16x32 and 16x16 bytes, 8x16 and 8x8 units) and with
 // ragged edges, where the last tile overlaps the one before it; planes tall enough to be walked
 // in bands of rows, the last band a whole one, a ragged one and one shorter than a tile.
 const Shape kRotationShapes[] = {{1, 1, 0},    {1, 37, 3},   {37, 1, 0},    {2, 2, 0},
-                                 {16, 16, 0},  {32, 16, 0},  {17, 33, 5},   {64, 64, 0},
+                                 {16, 16, 0},  {32, 16, 0},  {16, 32, 0},   {17, 33, 5},   {64, 64, 0},
                                  {70, 130, 2}, {130, 70, 0}, {33, 129, 7},  {257, 66, 1},
                                  {8, 96, 0},   {47, 18, 3},  {40, 2048, 0}, {33, 1601, 2},
                                  {18, 1541, 0}};
