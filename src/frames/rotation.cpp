@@ -57,9 +57,12 @@ bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rot
 
 bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src, Rotation rotation,
                          std::uint8_t* dst, const PixelKernels& kernels) {
+  // Packed NV12: the chroma rows follow the luma rows, with the same pitch. Other formats have
+  // no chroma plane (and an empty frame may have no pixels at all).
   const std::size_t pitch = static_cast<std::size_t>(layout.stride);
-  return rotate_quarter_turn(layout, src, src + std::size_t{layout.height} * pitch, pitch, rotation,
-                             dst, kernels);
+  const std::uint8_t* chroma =
+      layout.pixel_format == kNv12 && src ? src + std::size_t{layout.height} * pitch : nullptr;
+  return rotate_quarter_turn(layout, src, chroma, pitch, rotation, dst, kernels);
 }
 
 bool rotate_quarter_turn(const FrameLayout& layout, const std::uint8_t* src,

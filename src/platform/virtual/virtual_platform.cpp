@@ -69,9 +69,12 @@ std::optional<std::wstring> VirtualPlatform::system_message(std::uint32_t messag
   }
 }
 
+// Never destroyed: like a machine's camera system it outlives every thread of the library. A
+// host that leaves without vexcap_exit has its request thread stopped by the library's own
+// static teardown, which runs after this object's would have (it was made later, on first use).
 VirtualPlatform& virtual_platform() {
-  static VirtualPlatform instance;
-  return instance;
+  static VirtualPlatform* const instance = new VirtualPlatform;
+  return *instance;
 }
 
 }  // namespace vexcap::virtual_camera
