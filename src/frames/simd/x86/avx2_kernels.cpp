@@ -290,8 +290,8 @@ void reverse_units(const std::uint8_t* src, std::uint8_t* dst, std::size_t units
 
 // ---- Copy -----------------------------------------------------------------------------------
 // Records of a few kilobytes up to a megabyte go to the processor's string move (`rep movsb`),
-// which fills whole destination lines without reading them first: a record's block that had
-// left the caches took a tenth longer with vector stores (Gray8 640x480, AMD Zen 4). Not when
+// which may fill whole destination lines without reading them first: into a record's block
+// that had left the caches, vector stores took a tenth longer (Gray8 640x480, AMD Zen 4). Not when
 // the destination lies less than a line past the source modulo 4096, where the string move
 // runs up to sixteen times slower on AMD CPUs, nor for larger records, where it lost to the
 // vector moves (NV12 1080p from memory).
