@@ -108,15 +108,32 @@ std::size_t frame_bytes(const Stream& s) {
   return pixels;
 }
 
-void deliver(benchmark::State& state, const Stream& stream, Cache cache) {
-  vc::Scenario scenario = vc::default_scenario();
-  scenario.clock = vc::ClockMode::Manual;
-  vc::SourceModel& source = scenario.groups.at(0).sources.at(stream.source);
+vc::FormatModel format_of(const Stream& stream) {
   vc::FormatModel format;
   format.subtype = stream.subtype;
   format.width = stream.width;
   format.height = stream.height;
   format.rotation = stream.rotation;
+  return format;
+}
+
+// The frames a run hands out: one when hot; when cold, as many as fill the arena's bytes.
+std::vector<vc::FrameContents> camera_frames(const vc::FormatModel& format, const Stream& stream,
+                                             Cache cache) {
+  const std::size_t count =
+      cache == Cache::Hot ? 1 : std::max<std::size_t>(2, kArenaBytes / frame_bytes(stream));
+  std::vector<vc::FrameContents> frames;
+  for (std::size_t n = 0; n < count; ++n)
+    frames.push_back(vc::make_frame_contents(format, std::nullopt, n, 0,
+                                             vc::IlluminationMetadata::AlwaysOn, vc::FrameLayoutModel{}, false));
+  return frames;
+}
+
+void deliver(benchmark::State& state, const Stream& stream, Cache cache) {
+  vc::Scenario scenario = vc::default_scenario();
+  scenario.clock = vc::ClockMode::Manual;
+  vc::SourceModel& source = scenario.groups.at(0).sources.at(stream.source);
+  const vc::FormatModel format = format_of(stream);
   source.formats = {format};
   source.current_format = 0;
   vc::use_scenario(scenario);
@@ -130,13 +147,7 @@ void deliver(benchmark::State& state, const Stream& stream, Cache cache) {
     state.SkipWithError("the virtual camera did not stream");
     return;
   }
-  const std::size_t count =
-      cache == Cache::Hot ? 1 : std::max<std::size_t>(2, kArenaBytes / frame_bytes(stream));
-  std::vector<vc::FrameContents> frames;
-  for (std::size_t n = 0; n < count; ++n)
-    frames.push_back(vc::make_frame_contents(format, std::nullopt, n, 0,
-                                             vc::IlluminationMetadata::AlwaysOn, vc::FrameLayoutModel{}, false));
-  ReplayReader reader(std::move(frames));
+  ReplayReader reader(camera_frames(format, stream, cache));
 
   for (auto _ : state)
     benchmark::DoNotOptimize(capture::deliver_newest_frame(client->frame_stream(), reader));
@@ -146,18 +157,21 @@ void deliver(benchmark::State& state, const Stream& stream, Cache cache) {
   vc::reset();
 }
 
-// The copy every delivered frame makes, from a frame buffer into a block of the C heap, held
-// as the host holds records. The blocks are 64-byte aligned: memcpy's `rep movsb` slows down
-// many times over on AMD CPUs for some distances between source and destination, and this
-// stands for the plain cost of a copy.
+// The copy every delivered frame makes: the bytes of the same camera frames, locked as delivery
+// locks them, copied with memcpy into blocks from malloc that are held as the host holds
+// records. Records come from malloc too, since hosts give them back to be freed with free():
+// the blocks sit where the C heap puts them (16 bytes past a 64-byte line, for these sizes).
 void free_block(std::uint8_t* block) { std::free(block); }
 
-void mandatory_copy(benchmark::State& state, std::size_t bytes, Cache cache) {
-  FrameSlots slots(bytes, 0, cache);
+void mandatory_copy(benchmark::State& state, const Stream& stream, Cache cache) {
+  const std::vector<vc::FrameContents> frames = camera_frames(format_of(stream), stream, cache);
   HeldBlocks<std::uint8_t, void (*)(std::uint8_t*)> host(held_for(cache), &free_block);
+  std::size_t at = 0;
   for (auto _ : state) {
-    auto* copy = static_cast<std::uint8_t*>(std::aligned_alloc(64, (bytes + 63) / 64 * 64));
-    std::memcpy(copy, slots.next().src, bytes);
+    const std::unique_ptr<platform::LockedBitmap> locked = frames[at].bitmap->lock_for_read();
+    at = (at + 1) % frames.size();
+    auto* copy = static_cast<std::uint8_t*>(std::malloc(locked->capacity()));
+    std::memcpy(copy, locked->data(), locked->capacity());
     benchmark::DoNotOptimize(copy);
     host.take(copy);
   }
@@ -201,9 +215,8 @@ void register_delivery_benchmarks() {
   for (const Stream& stream : {streams[0], streams[3]}) {
     for (Cache cache : {Cache::Hot, Cache::Cold}) {
       const std::string name = "deliver_copy/" + stream_name(stream) + "/" + cache_name(cache);
-      const std::size_t bytes = frame_bytes(stream);
       benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-        mandatory_copy(state, bytes, cache);
+        mandatory_copy(state, stream, cache);
       })->UseRealTime()->Unit(benchmark::kMicrosecond);
     }
   }

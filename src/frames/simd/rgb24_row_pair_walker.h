@@ -38,9 +38,11 @@ void convert_rgb24_frame_in_runs(Runs runs, const std::uint8_t* src, std::uint32
     const std::size_t top = pair * 2;
     const Rgb24RowPair row{src + top * src_row, src + (top + 1) * src_row, dst + top * width,
                            dst + (top + 1) * width, chroma + pair * width};
+    // The run's pointers move along by themselves: worked out from the column on every run,
+    // they cost more instructions than the moves.
+    Rgb24RowPair at = row;
     std::uint32_t x = 0;
     for (; x + Runs::kColumns <= width; x += Runs::kColumns) {
-      const Rgb24RowPair at = columns_on(row, x);
 #if defined(__GNUC__)
       for (std::size_t line = 0; line < kRunBytes; line += 64) {
         __builtin_prefetch(at.top + ahead + line, 0, 2);
@@ -48,8 +50,8 @@ void convert_rgb24_frame_in_runs(Runs runs, const std::uint8_t* src, std::uint32
       }
 #endif
       runs.convert(at);
+      at = columns_on(at, Runs::kColumns);
     }
-    Rgb24RowPair at = columns_on(row, x);
     std::uint32_t rest = width - x;
     if constexpr (requires { runs.convert_last(at, rest); }) {
       if (rest != 0) {

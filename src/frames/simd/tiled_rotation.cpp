@@ -16,6 +16,16 @@ void for_each_tile_start(std::uint32_t begin, std::uint32_t end, std::uint32_t s
   if (at != end) visit(end - size);
 }
 
+// The same from `end` back to `begin`; a ragged start takes the tile at `begin`, or, when the
+// span is shorter than a tile, the one ending at `end`.
+template <class Visit>
+void for_each_tile_start_backwards(std::uint32_t begin, std::uint32_t end, std::uint32_t size,
+                                   Visit visit) {
+  std::uint32_t at = end;
+  for (; at >= begin + size; at -= size) visit(at - size);
+  if (at != begin) visit(std::min(begin, end - size));
+}
+
 // A strip reads one line per source row, each on its own page once rows are a page long: down
 // a 4K plane that is more pages than a second-level TLB maps, and every strip walks them all
 // again. Tall planes are walked in bands of rows instead, each band's pages serving all of
@@ -32,11 +42,10 @@ constexpr std::uintptr_t kLineBytes = 64;
 
 class DestinationFetch {
  public:
-  DestinationFetch(std::size_t pitch, std::uint32_t rows, bool backwards)
-      : pitch_(pitch), rows_(rows), step_(backwards ? 0 - kLineBytes : kLineBytes) {}
+  DestinationFetch(std::size_t pitch, std::uint32_t rows) : pitch_(pitch), rows_(rows) {}
 
   void after_tile(const std::uint8_t* written) {
-    const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(written) + step_;
+    const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(written) + kLineBytes;
     if (ahead / kLineBytes == line_) return;
     line_ = ahead / kLineBytes;
 #if defined(__GNUC__)
@@ -48,15 +57,16 @@ class DestinationFetch {
  private:
   std::size_t pitch_;
   std::uint32_t rows_;
-  std::uintptr_t step_;
   std::uintptr_t line_ = 0;
 };
 
 }  // namespace
 
-// Strips of `shape.cols` source columns, walked down the band: each strip fills `shape.cols`
+// Strips of `shape.cols` source columns, walked along the band: each strip fills `shape.cols`
 // destination rows, and the source lines it reads serve the next strips while they are still
-// cached.
+// cached. Every destination row is written front to back: turned clockwise, a lower source
+// row lands further left, so clockwise strips (and bands) go from the bottom up. Written back
+// to front, a turn from memory took up to a quarter longer (Gray16 at every size, AMD Zen 4).
 void rotate_in_tiles(const QuarterTurnTiles& tiles, TurnDirection direction,
                      const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
                      std::uint8_t* dst, std::size_t dst_pitch) {
@@ -74,17 +84,24 @@ void rotate_in_tiles(const QuarterTurnTiles& tiles, TurnDirection direction,
   const TileShape shape = kind->shape;
   const TileTurn turn = clockwise ? kind->clockwise : kind->counterclockwise;
   const std::uint32_t band = grid.rows > kBandedAbove ? kBandRows : grid.rows;
-  for (std::uint32_t top = 0; top < grid.rows; top += band) {
+  const std::uint32_t bands = (grid.rows + band - 1) / band;
+  for (std::uint32_t b = 0; b < bands; ++b) {
+    const std::uint32_t top = (clockwise ? bands - 1 - b : b) * band;
     const std::uint32_t bottom = std::min(grid.rows, top + band);
     for_each_tile_start(0, grid.cols, shape.cols, [&](std::uint32_t x) {
-      DestinationFetch fetch(dst_pitch, shape.cols, clockwise);
-      for_each_tile_start(top, bottom, shape.rows, [&](std::uint32_t y) {
+      DestinationFetch fetch(dst_pitch, shape.cols);
+      auto turn_at = [&](std::uint32_t y) {
         std::uint8_t* to = clockwise
                                ? dst + x * dst_pitch + (grid.rows - y - shape.rows) * grid.unit
                                : dst + (grid.cols - x - shape.cols) * dst_pitch + y * grid.unit;
         turn(src + y * src_pitch + x * grid.unit, src_pitch, to, dst_pitch);
         fetch.after_tile(to);
-      });
+      };
+      if (clockwise) {
+        for_each_tile_start_backwards(top, bottom, shape.rows, turn_at);
+      } else {
+        for_each_tile_start(top, bottom, shape.rows, turn_at);
+      }
     });
   }
 }
