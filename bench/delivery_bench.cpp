@@ -124,8 +124,8 @@ std::vector<vc::FrameContents> camera_frames(const vc::FormatModel& format, cons
       cache == Cache::Hot ? 1 : std::max<std::size_t>(2, kArenaBytes / frame_bytes(stream));
   std::vector<vc::FrameContents> frames;
   for (std::size_t n = 0; n < count; ++n)
-    frames.push_back(vc::make_frame_contents(format, std::nullopt, n, 0,
-                                             vc::IlluminationMetadata::AlwaysOn, vc::FrameLayoutModel{}, false));
+    frames.push_back(vc::make_frame_contents(format, std::nullopt, n, 0, vc::IlluminationMetadata::AlwaysOn,
+                                             vc::FrameLayoutModel{}, false));
   return frames;
 }
 
@@ -215,9 +215,10 @@ void register_delivery_benchmarks() {
   for (const Stream& stream : {streams[0], streams[3]}) {
     for (Cache cache : {Cache::Hot, Cache::Cold}) {
       const std::string name = "deliver_copy/" + stream_name(stream) + "/" + cache_name(cache);
-      benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
-        mandatory_copy(state, stream, cache);
-      })->UseRealTime()->Unit(benchmark::kMicrosecond);
+      benchmark::RegisterBenchmark(name.c_str(),
+                                   [=](benchmark::State& state) { mandatory_copy(state, stream, cache); })
+          ->UseRealTime()
+          ->Unit(benchmark::kMicrosecond);
     }
   }
   benchmark::RegisterBenchmark("request/round_trip", request_round_trip)

@@ -231,7 +231,8 @@ TEST(PixelKernels, LongCopiesMatchTheSourceAtEveryDistanceModulo4096) {
       std::uint8_t* base = block.data() + (4096 - reinterpret_cast<std::uintptr_t>(block.data()) % 4096);
       std::uint8_t* dst = base + (src_at + distance) % 4096;
       pixel_kernels_at(level).copy_bytes(dst, src.data(), n);
-      ASSERT_TRUE(std::equal(src.begin(), src.end(), dst)) << simd_level_name(level) << " distance " << distance;
+      ASSERT_TRUE(std::equal(src.begin(), src.end(), dst))
+          << simd_level_name(level) << " distance " << distance;
       ASSERT_EQ(dst[-1], 0x5A);
       ASSERT_EQ(dst[n], 0x5A);
     }
@@ -248,11 +249,10 @@ struct Shape {
 // Planes smaller than a tile, exactly a tile (16x32 and 16x16 bytes, 8x16 and 8x8 units) and with
 // ragged edges, where the last tile overlaps the one before it; planes tall enough to be walked
 // in bands of rows, the last band a whole one, a ragged one and one shorter than a tile.
-const Shape kRotationShapes[] = {{1, 1, 0},    {1, 37, 3},   {37, 1, 0},    {2, 2, 0},
-                                 {16, 16, 0},  {32, 16, 0},  {16, 32, 0},   {17, 33, 5},   {64, 64, 0},
-                                 {70, 130, 2}, {130, 70, 0}, {33, 129, 7},  {257, 66, 1},
-                                 {8, 96, 0},   {47, 18, 3},  {40, 2048, 0}, {33, 1601, 2},
-                                 {18, 1541, 0}};
+const Shape kRotationShapes[] = {{1, 1, 0},     {1, 37, 3},    {37, 1, 0},   {2, 2, 0},   {16, 16, 0},
+                                 {32, 16, 0},   {16, 32, 0},   {17, 33, 5},  {64, 64, 0}, {70, 130, 2},
+                                 {130, 70, 0},  {33, 129, 7},  {257, 66, 1}, {8, 96, 0},  {47, 18, 3},
+                                 {40, 2048, 0}, {33, 1601, 2}, {18, 1541, 0}};
 
 TEST(PixelKernels, QuarterTurnsMatchTheReferenceForEveryLayout) {
   const PixelKernels& scalar = pixel_kernels_at(SimdLevel::Scalar);

@@ -19,8 +19,7 @@ void for_each_tile_start(std::uint32_t begin, std::uint32_t end, std::uint32_t s
 // The same from `end` back to `begin`; a ragged start takes the tile at `begin`, or, when the
 // span is shorter than a tile, the one ending at `end`.
 template <class Visit>
-void for_each_tile_start_backwards(std::uint32_t begin, std::uint32_t end, std::uint32_t size,
-                                   Visit visit) {
+void for_each_tile_start_backwards(std::uint32_t begin, std::uint32_t end, std::uint32_t size, Visit visit) {
   std::uint32_t at = end;
   for (; at >= begin + size; at -= size) visit(at - size);
   if (at != begin) visit(std::min(begin, end - size));

@@ -203,18 +203,18 @@ struct alignas(32) RunFlags {
 
 // One half of a run: sixteen columns of both rows; the union of its flags in `any`.
 VEXCAP_KERNEL_STEP void convert16(const std::uint8_t* top, const std::uint8_t* bottom,
-                                  const Rgb24Constants& k, int half, __m256i (&out)[3],
-                                  RunFlags& flags, __m256i& any) {
+                                  const Rgb24Constants& k, int half, __m256i (&out)[3], RunFlags& flags,
+                                  __m256i& any) {
   const Words16 t = load16(top, k), b = load16(bottom, k);
   out[0] = luma16(t, k, flags.top[half]);
   out[1] = luma16(b, k, flags.bottom[half]);
   out[2] = chroma8(t, b, k, flags.chroma[half]);
-  any = _mm256_or_si256(any, _mm256_or_si256(_mm256_or_si256(flags.top[half], flags.bottom[half]),
-                                             flags.chroma[half]));
+  any = _mm256_or_si256(
+      any, _mm256_or_si256(_mm256_or_si256(flags.top[half], flags.bottom[half]), flags.chroma[half]));
 }
 
-VEXCAP_KERNEL_STEP Run32 convert32(const Rgb24RowPair& at, const Rgb24Constants& k,
-                                   RunFlags& flags, __m256i& any) {
+VEXCAP_KERNEL_STEP Run32 convert32(const Rgb24RowPair& at, const Rgb24Constants& k, RunFlags& flags,
+                                   __m256i& any) {
   __m256i first[3], second[3];
   any = _mm256_setzero_si256();
   convert16(at.top, at.bottom, k, 0, first, flags, any);
@@ -233,15 +233,14 @@ std::uint32_t word_bits(__m256i first, __m256i second) {
 // Blocks with a flagged U or V word: block j's pair is 32-bit lane j, so the U word's flag
 // shifted onto the V word's sign bit joins it there.
 std::uint32_t flagged_blocks(__m256i chroma) {
-  return static_cast<std::uint32_t>(_mm256_movemask_ps(
-      _mm256_castsi256_ps(_mm256_or_si256(chroma, _mm256_slli_epi32(chroma, 16)))));
+  return static_cast<std::uint32_t>(
+      _mm256_movemask_ps(_mm256_castsi256_ps(_mm256_or_si256(chroma, _mm256_slli_epi32(chroma, 16)))));
 }
 
 // The rare run with a whole number, out of the loop. The pointers come one by one: a row pair
 // passed in memory would be built on every run.
-VEXCAP_KERNEL_RARE void settle_run(const std::uint8_t* top, const std::uint8_t* bottom,
-                                  std::uint8_t* y_top, std::uint8_t* y_bottom, std::uint8_t* uv,
-                                  const RunFlags& flags) {
+VEXCAP_KERNEL_RARE void settle_run(const std::uint8_t* top, const std::uint8_t* bottom, std::uint8_t* y_top,
+                                   std::uint8_t* y_bottom, std::uint8_t* uv, const RunFlags& flags) {
   settle_whole_numbers({top, bottom, y_top, y_bottom, uv}, word_bits(flags.top[0], flags.top[1]),
                        word_bits(flags.bottom[0], flags.bottom[1]),
                        flagged_blocks(flags.chroma[0]) | flagged_blocks(flags.chroma[1]) << 8);
