@@ -7,8 +7,8 @@
 
 namespace vexcap::frames {
 
-void settle_whole_numbers(Rgb24RowPair at, std::uint64_t top_pixels,
-                          std::uint64_t bottom_pixels, std::uint32_t blocks) {
+void settle_whole_numbers(const Rgb24RowPair& at, std::uint64_t top_pixels, std::uint64_t bottom_pixels,
+                          std::uint32_t blocks) {
   for (; top_pixels != 0; top_pixels &= top_pixels - 1) {
     const std::size_t i = static_cast<std::size_t>(std::countr_zero(top_pixels));
     at.y_top[i] = rgb24_pixel_luma(at.top + 3 * i);

@@ -11,7 +11,7 @@
 namespace vexcap::frames {
 
 // Where a run of a row pair starts: the first column a kernel's flags count. Kernels pass it by
-// value, so that it stays in registers.
+// value, so that it stays in registers; the rare settling takes a copy by reference.
 struct Rgb24RowPair {
   const std::uint8_t* top;
   const std::uint8_t* bottom;
@@ -22,7 +22,7 @@ struct Rgb24RowPair {
 
 // Rewrites the Y of the flagged pixels (bit i: column i) of each row and the U, V and four Y
 // of the flagged 2x2 blocks (bit j: columns 2j and 2j + 1).
-void settle_whole_numbers(Rgb24RowPair at, std::uint64_t top_pixels,
-                          std::uint64_t bottom_pixels, std::uint32_t blocks);
+void settle_whole_numbers(const Rgb24RowPair& at, std::uint64_t top_pixels, std::uint64_t bottom_pixels,
+                          std::uint32_t blocks);
 
 }  // namespace vexcap::frames

@@ -237,15 +237,6 @@ std::uint32_t flagged_blocks(__m256i chroma) {
       _mm256_movemask_ps(_mm256_castsi256_ps(_mm256_or_si256(chroma, _mm256_slli_epi32(chroma, 16)))));
 }
 
-// The rare run with a whole number, out of the loop. The pointers come one by one: a row pair
-// passed in memory would be built on every run.
-VEXCAP_KERNEL_RARE void settle_run(const std::uint8_t* top, const std::uint8_t* bottom, std::uint8_t* y_top,
-                                   std::uint8_t* y_bottom, std::uint8_t* uv, const RunFlags& flags) {
-  settle_whole_numbers({top, bottom, y_top, y_bottom, uv}, word_bits(flags.top[0], flags.top[1]),
-                       word_bits(flags.bottom[0], flags.bottom[1]),
-                       flagged_blocks(flags.chroma[0]) | flagged_blocks(flags.chroma[1]) << 8);
-}
-
 // Thirty-two columns of a row pair.
 struct Rgb24Runs {
   static constexpr std::uint32_t kColumns = 32;
@@ -258,8 +249,15 @@ struct Rgb24Runs {
     store(at.y_top, run.y_top);
     store(at.y_bottom, run.y_bottom);
     store(at.uv, run.uv);
-    if (!_mm256_testz_si256(any, any)) [[unlikely]]
-      settle_run(at.top, at.bottom, at.y_top, at.y_bottom, at.uv, flags);
+    // The rare run with a whole number: the flags become bit masks here, and one call out of
+    // the loop settles them. The row pair is copied for the call only, so that the loop keeps
+    // its pointers in registers.
+    if (!_mm256_testz_si256(any, any)) [[unlikely]] {
+      const Rgb24RowPair pair{at.top, at.bottom, at.y_top, at.y_bottom, at.uv};
+      settle_whole_numbers(pair, word_bits(flags.top[0], flags.top[1]),
+                           word_bits(flags.bottom[0], flags.bottom[1]),
+                           flagged_blocks(flags.chroma[0]) | flagged_blocks(flags.chroma[1]) << 8);
+    }
   }
 };
 

@@ -212,9 +212,11 @@ VEXCAP_KERNEL_STEP void convert64(Rgb24RowPair at, unsigned columns) {
     _mm512_storeu_si512(at.uv, uv);
   }
   // Zeroed pixels past a partial run flag nothing: N = 16500 and both chroma numerators are
-  // 514000, none a multiple.
+  // 514000, none a multiple. The row pair is copied for the call only, so that the loop keeps
+  // its pointers in registers.
   if ((flags[0] | flags[1] | flags[2] | flags[3] | flags[4] | flags[5]) != 0) [[unlikely]] {
-    settle_whole_numbers(at, both_halves(flags[0], flags[1]), both_halves(flags[2], flags[3]),
+    const Rgb24RowPair pair{at.top, at.bottom, at.y_top, at.y_bottom, at.uv};
+    settle_whole_numbers(pair, both_halves(flags[0], flags[1]), both_halves(flags[2], flags[3]),
                          blocks_of_chroma_words(flags[4]) | blocks_of_chroma_words(flags[5]) << 16);
   }
 }

@@ -6,13 +6,10 @@
 
 // Kernel steps are small functions; the compiler must fold them into the loop, where their
 // constants stay in registers.
-// A rare path stays out of the loop, so that it takes no registers there.
 #if defined(_MSC_VER) && !defined(__clang__)
 #define VEXCAP_KERNEL_STEP __forceinline
-#define VEXCAP_KERNEL_RARE __declspec(noinline)
 #else
 #define VEXCAP_KERNEL_STEP [[gnu::always_inline]] inline
-#define VEXCAP_KERNEL_RARE [[gnu::noinline, gnu::cold]]
 #endif
 
 namespace vexcap::frames::x86 {
