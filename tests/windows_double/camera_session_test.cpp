@@ -19,6 +19,13 @@ bool give_back(vexcap_frame* frame, void*) {
   return true;
 }
 
+// Counts the frames in the std::atomic<int> it is given, and gives each back.
+bool count_frame(vexcap_frame* frame, void* context) {
+  ++*static_cast<std::atomic<int>*>(context);
+  vexcap_return_frame(frame);
+  return true;
+}
+
 std::future<int> open_later(vexcap_device** device, std::uint32_t mode) {
   return std::async(std::launch::async, [device, mode] {
     const vexcap_open_params params{mode, 640, 480};
@@ -73,12 +80,7 @@ TEST_F(CameraSession, AReaderThatDoesNotStartIsAFailedStart) {
   vexcap_device* device = start_and_open(VEXCAP_STREAM_MODE_EXCLUSIVE);
   ASSERT_NE(device, nullptr);
   std::atomic<int> frames{0};
-  auto count = [](vexcap_frame* frame, void* context) {
-    ++*static_cast<std::atomic<int>*>(context);
-    vexcap_return_frame(frame);
-    return true;
-  };
-  EXPECT_EQ(vexcap_start_streaming(device, count, &frames), VEXCAP_E_INVALID_STATE);
+  EXPECT_EQ(vexcap_start_streaming(device, count_frame, &frames), VEXCAP_E_INVALID_STATE);
   next_frame();
   next_frame();
   EXPECT_EQ(frames.load(), 0);
@@ -125,12 +127,7 @@ TEST_F(CameraSession, TheFailedEventReturnsAtOnceWhileTheRequestThreadIsBusy) {
   vexcap_device* device = start_and_open(VEXCAP_STREAM_MODE_EXCLUSIVE);
   ASSERT_NE(device, nullptr);
   std::atomic<int> frames{0};
-  auto count = [](vexcap_frame* frame, void* context) {
-    ++*static_cast<std::atomic<int>*>(context);
-    vexcap_return_frame(frame);
-    return true;
-  };
-  ASSERT_EQ(vexcap_start_streaming(device, count, &frames), VEXCAP_OK);
+  ASSERT_EQ(vexcap_start_streaming(device, count_frame, &frames), VEXCAP_OK);
   g_status_calls = 0;
   ASSERT_EQ(vexcap_register_for_excl_ctrl_status_event(device, on_status, nullptr), VEXCAP_OK);
 
