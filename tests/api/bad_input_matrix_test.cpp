@@ -28,7 +28,7 @@ using namespace std::chrono_literals;
 using testing::Footprint;
 using testing::LogCapture;
 
-std::wstring group_id() { return *vc::default_scenario().groups.at(0).id; }
+using testing::default_group_id;
 
 // Frames handed to the host, and given back; a callback that keeps one would show here.
 std::atomic<int> g_frames_delivered{0};
@@ -106,21 +106,32 @@ std::vector<Row> device_rows() {
 // The 12 exports without a device handle, with their answers on the running library.
 std::vector<Row> library_rows() {
   return {
-      {"get_device_capabilities", [](Args& a) { return vexcap_get_device_capabilities(group_id().c_str(), a.bytes); }, 0},
-      {"get_device_locations", [](Args& a) { return vexcap_get_device_locations(L"usb#vid_f00d", a.bytes); }, 0},
+      {"get_device_capabilities",
+       [](Args& a) { return vexcap_get_device_capabilities(default_group_id().c_str(), a.bytes); }, 0},
+      {"get_device_locations", [](Args& a) { return vexcap_get_device_locations(L"usb#vid_f00d", a.bytes); },
+       0},
       {"get_source_group_type", [](Args& a) { return vexcap_get_source_group_type(&a.u32); }, 0},
       {"get_targeted_location", [](Args& a) { return vexcap_get_targeted_location(&a.u32); }, 0},
-      {"is_vidpid_used_by_device", [](Args&) { return vexcap_is_vidpid_used_by_device(group_id().c_str(), L"VID_F00D", L"PID_CAFE"); }, 1},
-      {"get_source_group_type_for_vid_pid", [](Args& a) { return vexcap_get_source_group_type_for_vid_pid(L"VID_F00D", L"PID_CAFE", &a.u32); }, 0},
-      {"return_frame", [](Args&) {
+      {"is_vidpid_used_by_device",
+       [](Args&) {
+         return vexcap_is_vidpid_used_by_device(default_group_id().c_str(), L"VID_F00D", L"PID_CAFE");
+       },
+       1},
+      {"get_source_group_type_for_vid_pid",
+       [](Args& a) { return vexcap_get_source_group_type_for_vid_pid(L"VID_F00D", L"PID_CAFE", &a.u32); }, 0},
+      {"return_frame",
+       [](Args&) {
          auto* frame = static_cast<vexcap_frame*>(std::calloc(1, sizeof(vexcap_frame)));
          frame->data = static_cast<std::uint8_t*>(std::malloc(64));
          return vexcap_return_frame(frame);
-       }, 0},
-      {"device callbacks", [](Args& a) {
+       },
+       0},
+      {"device callbacks",
+       [](Args& a) {
          const int registered = vexcap_regiester_for_device_callbacks(&a.subscription, &a.callbacks, nullptr);
          return registered != 0 ? registered : vexcap_unregiester_device_callbacks(a.subscription);
-       }, 0},
+       },
+       0},
       {"init", [](Args&) { return vexcap_init(); }, 0},  // a second init is a no-op
   };
 }
@@ -259,7 +270,7 @@ TEST_F(BadInputMatrix, ClosedDevices) {
   exclusive.device = open_default_camera(VEXCAP_STREAM_MODE_EXCLUSIVE);
   ASSERT_NE(exclusive.device, nullptr);
   const vexcap_open_params params{VEXCAP_STREAM_MODE_SHARED, 640, 480};
-  ASSERT_EQ(vexcap_device_open(&shared.device, group_id().c_str(), &params), 0);
+  ASSERT_EQ(vexcap_device_open(&shared.device, default_group_id().c_str(), &params), 0);
   const vexcap_device exclusive_handle = *exclusive.device;
   const vexcap_device shared_handle = *shared.device;
   ASSERT_EQ(vexcap_device_close(exclusive.device), 0);
@@ -278,7 +289,7 @@ TEST_F(BadInputMatrix, ClosedDevices) {
     run_rows(rows, other_mode, "mode 3");
     run_rows(library_rows(), shared, "no device open");
   });
-  EXPECT_EQ(vc::session_count(group_id()), 0);
+  EXPECT_EQ(vc::session_count(default_group_id()), 0);
   std::free(exclusive.device);
   std::free(shared.device);
   std::free(other_mode.device);
@@ -298,8 +309,10 @@ TEST_F(BadInputMatrix, NoLibrary) {
     if (name == "is_vidpid_used_by_device") row.expected = 0;
     else if (name != "return_frame" && name != "device callbacks") row.expected = VEXCAP_E_INVALID_STATE;
   }
-  library.push_back({"device_open", [](Args& a) { return vexcap_device_open(&a.opened, group_id().c_str(), &a.params); },
-                     VEXCAP_E_INVALID_STATE});
+  library.push_back(
+      {"device_open",
+       [](Args& a) { return vexcap_device_open(&a.opened, default_group_id().c_str(), &a.params); },
+       VEXCAP_E_INVALID_STATE});
   library.push_back({"exit", [](Args&) { return vexcap_exit(); }, 0});
 
   vexcap_device handle{VEXCAP_STREAM_MODE_EXCLUSIVE, 0, 0};
@@ -397,7 +410,7 @@ TEST_F(BadInputMatrix, OutOfRangeNumbers) {
   // retries without end, as documented, so it has no row).
   vexcap_device* wide = nullptr;
   const vexcap_open_params params{VEXCAP_STREAM_MODE_SHARED, 0xFFFF, 0xFFFF};
-  EXPECT_EQ(vexcap_device_open(&wide, group_id().c_str(), &params), 0);
+  EXPECT_EQ(vexcap_device_open(&wide, default_group_id().c_str(), &params), 0);
   EXPECT_EQ(vexcap_device_close(wide), 0);
   EXPECT_EQ(vexcap_device_close(args.device), 0);
   expect_a_good_session();
@@ -447,7 +460,7 @@ TEST_F(BadInputMatrix, DeviceClosedByAnotherThreadMidCall) {
       vc::clear_faults();
       EXPECT_EQ(call.get(), 0) << row.name;
       EXPECT_EQ(close.get(), 0) << row.name;
-      EXPECT_EQ(vc::session_count(group_id()), 0) << row.name;
+      EXPECT_EQ(vc::session_count(default_group_id()), 0) << row.name;
       if (row.held == vc::PlatformCall::FindAllSourceGroups) continue;  // needs no device
       vexcap_device* stale = copy_of(handle);
       EXPECT_EQ(row.call(stale), VEXCAP_E_INVALID_STATE) << row.name << " after the close";
@@ -505,7 +518,8 @@ TEST_F(BadInputMatrix, CallsFromInsideAFrameCallback) {
   inside.rows = library_rows();
   inside.rows.push_back({"device_open (other slot)", [](Args& a) {
                            const vexcap_open_params params{VEXCAP_STREAM_MODE_SHARED, 640, 480};
-                           const int opened = vexcap_device_open(&a.opened, group_id().c_str(), &params);
+                           const int opened =
+                               vexcap_device_open(&a.opened, default_group_id().c_str(), &params);
                            return opened != 0 ? opened : vexcap_device_close(a.opened);
                          }, 0});
   for (Row& row : device_rows()) inside.rows.push_back(row);  // the close goes last
@@ -513,8 +527,9 @@ TEST_F(BadInputMatrix, CallsFromInsideAFrameCallback) {
                                       VEXCAP_STREAM_SELECT_EXCLUSIVE), 0);
   EXPECT_TRUE(inside.wait(20s, [] { vc::advance_time(34ms); }));
   inside.expect_answers("inside a frame callback");
-  for (int i = 0; i < 400 && vc::session_count(group_id()) != 0; ++i) std::this_thread::sleep_for(5ms);
-  EXPECT_EQ(vc::session_count(group_id()), 0);  // the close from inside took effect
+  for (int i = 0; i < 400 && vc::session_count(default_group_id()) != 0; ++i)
+    std::this_thread::sleep_for(5ms);
+  EXPECT_EQ(vc::session_count(default_group_id()), 0);  // the close from inside took effect
   std::free(inside.args.device);                // the close was given a copy
   expect_a_good_session();
 }
@@ -525,15 +540,17 @@ TEST_F(BadInputMatrix, CallsFromInsideADeviceCallback) {
   ASSERT_EQ(vexcap_init(), 0);
   Inside inside;
   inside.rows = {
-      {"device_open", [](Args& a) { return vexcap_device_open(&a.device, group_id().c_str(), &a.params); }, 0},
+      {"device_open",
+       [](Args& a) { return vexcap_device_open(&a.device, default_group_id().c_str(), &a.params); }, 0},
       {"start_streaming", [](Args& a) { return vexcap_start_streaming(a.device, return_frame, nullptr); }, 0},
       {"get_iso_speed", [](Args& a) { return vexcap_get_iso_speed(a.device, &a.u32); }, 0},
       {"device_close", [](Args& a) { return vexcap_device_close(a.device); }, 0},
-      {"unregiester_device_callbacks (its own)", [](Args& a) { return vexcap_unregiester_device_callbacks(a.subscription); }, 0},
+      {"unregiester_device_callbacks (its own)",
+       [](Args& a) { return vexcap_unregiester_device_callbacks(a.subscription); }, 0},
   };
   inside.args.callbacks.added = [](const wchar_t* id, const wchar_t*, void* context, vexcap_device_subscription* subscription) {
     auto* self = static_cast<Inside*>(context);
-    if (id != group_id()) return 0;
+    if (id != default_group_id()) return 0;
     self->args.subscription = subscription;
     self->run_once();
     return 0;
@@ -543,7 +560,7 @@ TEST_F(BadInputMatrix, CallsFromInsideADeviceCallback) {
   ASSERT_TRUE(inside.wait(20s));
   inside.expect_answers("inside a device callback");
   EXPECT_EQ(inside.args.subscription, outside.subscription);
-  EXPECT_EQ(vc::session_count(group_id()), 0);
+  EXPECT_EQ(vc::session_count(default_group_id()), 0);
   expect_a_good_session();
 }
 
@@ -572,14 +589,20 @@ TEST_F(BadInputMatrix, CallsFromInsideDeviceEvents) {
   };
   const std::vector<EventRow> events = {
       {"exclusive-control status",
-       [](vexcap_device* d, Inside* i) { return vexcap_register_for_excl_ctrl_status_event(d, excl_ctrl_inside, i); },
-       [] { vc::set_held_by_other_app(group_id(), true); },
+       [](vexcap_device* d, Inside* i) {
+         return vexcap_register_for_excl_ctrl_status_event(d, excl_ctrl_inside, i);
+       },
+       [] { vc::set_held_by_other_app(default_group_id(), true); },
        {get_rgb, unregister("unregister_rgb_status", vexcap_unregister_for_rgb_status_event),
         unregister("unregister_excl_ctrl", vexcap_unregister_for_excl_ctrl_status_event)}},
       {"RGB status",
-       [](vexcap_device* d, Inside* i) { return vexcap_register_for_rgb_status_event(d, rgb_status_inside, i); },
-       [] { vc::edit_ks(group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 1; }); },
-       {get_iso, {"register_rgb_status again", [](Args& a) { return vexcap_register_for_rgb_status_event(a.device, on_rgb_status, nullptr); }, 0},
+       [](vexcap_device* d, Inside* i) {
+         return vexcap_register_for_rgb_status_event(d, rgb_status_inside, i);
+       },
+       [] { vc::edit_ks(default_group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 1; }); },
+       {get_iso,
+        {"register_rgb_status again",
+         [](Args& a) { return vexcap_register_for_rgb_status_event(a.device, on_rgb_status, nullptr); }, 0},
         unregister("unregister_rgb_status", vexcap_unregister_for_rgb_status_event)}},
       {"unsupported format",
        [](vexcap_device* d, Inside* i) {
@@ -590,13 +613,21 @@ TEST_F(BadInputMatrix, CallsFromInsideDeviceEvents) {
          vc::set_unsupported_frames(true);
          vc::advance_time(34ms);
        },
-       {get_iso, {"register_unsupported again", [](Args& a) { return vexcap_register_for_unsupported_format_status_event(a.device, on_unsupported, nullptr); }, 0},
+       {get_iso,
+        {"register_unsupported again",
+         [](Args& a) {
+           return vexcap_register_for_unsupported_format_status_event(a.device, on_unsupported, nullptr);
+         },
+         0},
         unregister("unregister_unsupported", vexcap_unregister_for_unsupported_format_status_event),
         unregister("stop_streaming", vexcap_stop_streaming)}},
       {"RGB stopped",
-       [](vexcap_device* d, Inside* i) { return vexcap_register_for_rgb_stopped_event(d, rgb_stopped_inside, i); },
+       [](vexcap_device* d, Inside* i) {
+         return vexcap_register_for_rgb_stopped_event(d, rgb_stopped_inside, i);
+       },
        [] { vc::advance_time(100ms); },
-       {get_iso, unregister("unregister_rgb_stopped", vexcap_unregister_for_rgb_stopped_event),
+       {get_iso,
+        unregister("unregister_rgb_stopped", vexcap_unregister_for_rgb_stopped_event),
         {"device_close", [](Args& a) { return vexcap_device_close(copy_of(*a.device)); }, 0}}},
   };
   for (const EventRow& event : events) {
@@ -610,10 +641,11 @@ TEST_F(BadInputMatrix, CallsFromInsideDeviceEvents) {
     inside.expect_answers(event.name);
     EXPECT_LT(std::chrono::steady_clock::now() - started, 10s) << event.name << ": a call waited";
     vc::clear_faults();
-    vc::set_held_by_other_app(group_id(), false);
-    vc::edit_ks(group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 0; });
+    vc::set_held_by_other_app(default_group_id(), false);
+    vc::edit_ks(default_group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 0; });
     const bool closed_inside = inside.rows.back().name == std::string("device_close");
-    for (int i = 0; closed_inside && i < 400 && vc::session_count(group_id()) != 0; ++i) std::this_thread::sleep_for(5ms);
+    for (int i = 0; closed_inside && i < 400 && vc::session_count(default_group_id()) != 0; ++i)
+      std::this_thread::sleep_for(5ms);
     EXPECT_EQ(vexcap_device_close(inside.args.device), closed_inside ? VEXCAP_E_FAIL : VEXCAP_OK) << event.name;
     ASSERT_EQ(vexcap_exit(), 0) << event.name;  // nothing left that waits for a callback
   }

@@ -27,10 +27,10 @@ constexpr std::uint32_t kReadsColour = VEXCAP_STREAM_MODE_SHARED;
 constexpr std::uint32_t kReadsInfrared = VEXCAP_STREAM_MODE_EXCLUSIVE;
 const std::string kOnDemand = "The virtual camera failed this call on demand.";
 
-std::wstring group_id() { return *vc::default_scenario().groups.at(0).id; }
+using testing::default_group_id;
 vc::SourceModel& infrared(vc::Scenario& s) { return s.groups.at(0).sources.at(kInfrared); }
 vc::SourceModel& colour(vc::Scenario& s) { return s.groups.at(0).sources.at(kColour); }
-vc::KsDeviceModel ks_state() { return vc::group_state(group_id())->ks; }
+vc::KsDeviceModel ks_state() { return vc::group_state(default_group_id())->ks; }
 
 enum class Control { Exposure, IsoSpeed, LedPower };
 

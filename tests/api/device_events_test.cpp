@@ -19,7 +19,7 @@ namespace {
 namespace vc = virtual_camera;
 using namespace std::chrono_literals;
 
-std::wstring group_id() { return *vc::default_scenario().groups.at(0).id; }
+using testing::default_group_id;
 
 // What one of the host's callbacks saw, on whichever thread called it.
 template <typename Call>
@@ -76,7 +76,9 @@ bool wait_until(const std::function<bool()>& done, std::chrono::milliseconds lim
   return true;
 }
 
-int exclusive_sessions() { return vc::session_count(group_id(), platform::SharingMode::ExclusiveControl); }
+int exclusive_sessions() {
+  return vc::session_count(default_group_id(), platform::SharingMode::ExclusiveControl);
+}
 
 class DeviceEvents : public testing::LibraryTest {
  protected:
@@ -111,16 +113,16 @@ TEST_F(DeviceEvents, AnotherApplicationTakingTheCameraReachesTheFirstRegistratio
   ASSERT_EQ(vexcap_register_for_excl_ctrl_status_event(device_, on_status, &first), 0);
   ASSERT_EQ(vexcap_register_for_excl_ctrl_status_event(device_, on_status, &second), 0);  // ignored
 
-  vc::set_held_by_other_app(group_id(), true);
+  vc::set_held_by_other_app(default_group_id(), true);
   // The platform's SharedReadOnlyAvailable (1) is passed on as 1; exclusive control is gone.
-  EXPECT_EQ(first.wait_for(1), (std::vector<StatusCall>{{group_id(), 1, false}}));
+  EXPECT_EQ(first.wait_for(1), (std::vector<StatusCall>{{default_group_id(), 1, false}}));
   EXPECT_TRUE(second.now().empty());
   EXPECT_EQ(vexcap_unregister_for_excl_ctrl_status_event(device_), 0);
 }
 
 TEST_F(DeviceEvents, ExclusiveControlRegistrationWaitsForFaceAuthOnlyWhenTheStatusReadsTwo) {
   open();
-  vc::edit_source(group_id(), 0, [](vc::SourceModel& source) {
+  vc::edit_source(default_group_id(), 0, [](vc::SourceModel& source) {
     source.exclusive_status_override = 1;
     source.face_auth->flags = 0x2;  // not the disabled mode, which the camera offers
   });
@@ -130,37 +132,38 @@ TEST_F(DeviceEvents, ExclusiveControlRegistrationWaitsForFaceAuthOnlyWhenTheStat
   EXPECT_EQ(face_auth_reads(), 0u);
   ASSERT_EQ(vexcap_unregister_for_excl_ctrl_status_event(device_), 0);
 
-  vc::edit_source(group_id(), 0, [](vc::SourceModel& source) { source.exclusive_status_override = 2; });
+  vc::edit_source(default_group_id(), 0,
+                  [](vc::SourceModel& source) { source.exclusive_status_override = 2; });
   auto registration = std::async(std::launch::async, [&] {
     return vexcap_register_for_excl_ctrl_status_event(device_, on_status, &heard);
   });
   EXPECT_EQ(registration.wait_for(450ms), std::future_status::timeout);
-  vc::edit_source(group_id(), 0, [](vc::SourceModel& source) { source.face_auth->flags = 0x1; });
+  vc::edit_source(default_group_id(), 0, [](vc::SourceModel& source) { source.face_auth->flags = 0x1; });
   EXPECT_EQ(registration.get(), 0);
   EXPECT_GE(face_auth_reads(), 3u);  // read every 200 ms until the mode settled
 }
 
 TEST_F(DeviceEvents, RgbStatusRegistrationWaitsForAQuietCameraThenReportsChanges) {
   open();
-  vc::edit_ks(group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 1; });
+  vc::edit_ks(default_group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 1; });
   FlagHeard heard;
   auto registration = std::async(std::launch::async, [&] {
     return vexcap_register_for_rgb_status_event(device_, on_rgb_status, &heard);
   });
   EXPECT_EQ(registration.wait_for(450ms), std::future_status::timeout);
-  vc::edit_ks(group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 0; });
+  vc::edit_ks(default_group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 0; });
   ASSERT_EQ(registration.get(), 0);
   EXPECT_TRUE(heard.now().empty());  // it starts from status 0
   FlagHeard second;
   ASSERT_EQ(vexcap_register_for_rgb_status_event(device_, on_rgb_status, &second), 0);  // ignored
 
-  vc::edit_ks(group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 3; });
+  vc::edit_ks(default_group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 3; });
   EXPECT_EQ(heard.wait_for(1), std::vector<bool>{true});
   std::this_thread::sleep_for(250ms);  // more polls at the same status
   EXPECT_EQ(heard.now(), std::vector<bool>{true});
   EXPECT_TRUE(second.now().empty());
   EXPECT_EQ(vexcap_unregister_for_rgb_status_event(device_), 0);
-  vc::edit_ks(group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 0; });
+  vc::edit_ks(default_group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 0; });
   std::this_thread::sleep_for(250ms);
   EXPECT_EQ(heard.now(), std::vector<bool>{true});
 }
@@ -195,7 +198,7 @@ TEST_F(DeviceEvents, UnregisteringOrClosingEndsTheRgbStoppedWorkerWithoutACall) 
   ASSERT_TRUE(wait_until([] { return exclusive_sessions() == 2; }));
   EXPECT_EQ(vexcap_device_close(device_), 0);
   device_ = nullptr;
-  EXPECT_EQ(vc::session_count(group_id()), 0);
+  EXPECT_EQ(vc::session_count(default_group_id()), 0);
   vc::advance_time(1s);
   EXPECT_TRUE(heard.now().empty());
 }

@@ -21,7 +21,7 @@ namespace vc = virtual_camera;
 using namespace std::chrono_literals;
 using testing::LogCapture;
 
-std::wstring group_id() { return *vc::default_scenario().groups.at(0).id; }
+using testing::default_group_id;
 
 bool give_back(vexcap_frame* frame, void*) {
   vexcap_return_frame(frame);
@@ -57,7 +57,8 @@ class DeviceLifetime : public testing::LibraryTest {
     LibraryTest::TearDown();
   }
   // Opens on another thread: the open may wait for the camera.
-  std::future<int>& open_later(vexcap_device** device, std::uint32_t mode, std::wstring id = group_id()) {
+  std::future<int>& open_later(vexcap_device** device, std::uint32_t mode,
+                               std::wstring id = default_group_id()) {
     opens_.push_back(std::async(std::launch::async, [device, mode, id] {
       const vexcap_open_params params{mode, 640, 480};
       return vexcap_device_open(device, id.c_str(), &params);
@@ -67,7 +68,7 @@ class DeviceLifetime : public testing::LibraryTest {
   // The same, with `log` hearing the open: it resumes once the open's clients exist (each
   // client's construction switches the output off), held up in their first enumeration.
   std::future<int>& open_heard(LogCapture& log, vexcap_device** device, std::uint32_t mode,
-                               std::wstring id = group_id()) {
+                               std::wstring id = default_group_id()) {
     vc::set_call_fault(vc::PlatformCall::FindAllSourceGroups, vc::CallFault{HR_OK, 10s});
     std::future<int>& opened = open_later(device, mode, std::move(id));
     EXPECT_TRUE(vc::wait_for_slow_call(5s));
@@ -92,8 +93,8 @@ TEST_F(DeviceLifetime, OpenWaitsOutThePrivacySettingAndSaysWhyOnce) {
   vc::set_camera_access_allowed(true);  // a fresh capture takes the next attempt
   ASSERT_EQ(opened.wait_for(5s), std::future_status::ready);
   ASSERT_EQ(opened.get(), VEXCAP_OK);
-  EXPECT_EQ(vc::session_count(group_id(), platform::SharingMode::ExclusiveControl), 1);
-  EXPECT_EQ(vc::session_count(group_id(), platform::SharingMode::SharedReadOnly), 1);
+  EXPECT_EQ(vc::session_count(default_group_id(), platform::SharingMode::ExclusiveControl), 1);
+  EXPECT_EQ(vc::session_count(default_group_id(), platform::SharingMode::SharedReadOnly), 1);
   EXPECT_EQ(vexcap_device_close(device), VEXCAP_OK);
 }
 
@@ -123,14 +124,14 @@ TEST_F(DeviceLifetime, ExitEndsAnOpenThatCanNeverSucceed) {
   };
   const Case cases[] = {
       {"no such camera", L"\\\\?\\USB#VID_0000&PID_0000#none", VEXCAP_STREAM_MODE_SHARED, false},
-      {"no depth source", group_id(), 2, false},
-      {"held by another application", group_id(), VEXCAP_STREAM_MODE_EXCLUSIVE, true},
+      {"no depth source", default_group_id(), 2, false},
+      {"held by another application", default_group_id(), VEXCAP_STREAM_MODE_EXCLUSIVE, true},
   };
   for (const Case& c : cases) {
     LogCapture log;
     ASSERT_EQ(vexcap_init(), 0);
     if (c.held) {
-      ASSERT_EQ(vc::other_app_open_exclusive(group_id()), HR_OK);
+      ASSERT_EQ(vc::other_app_open_exclusive(default_group_id()), HR_OK);
     }
     vexcap_device* device = nullptr;
     std::future<int>& opened = open_heard(log, &device, c.mode, c.id);
@@ -145,8 +146,8 @@ TEST_F(DeviceLifetime, ExitEndsAnOpenThatCanNeverSucceed) {
     EXPECT_EQ(opened.get(), VEXCAP_E_FAIL) << c.what;
     EXPECT_EQ(device, nullptr) << c.what;
     EXPECT_TRUE(log.contains("E: Device open abandoned: the library is exiting")) << c.what;
-    EXPECT_EQ(vc::session_count(group_id()), 0) << c.what;
-    vc::set_held_by_other_app(group_id(), false);
+    EXPECT_EQ(vc::session_count(default_group_id()), 0) << c.what;
+    vc::set_held_by_other_app(default_group_id(), false);
   }
 }
 
@@ -158,9 +159,9 @@ TEST_F(DeviceLifetime, CloseFreesTheCameraForAnotherApplicationAtOnce) {
     ASSERT_EQ(vexcap_start_streaming(device, give_back, nullptr), 0);
     vc::advance_time(34ms);
     ASSERT_EQ(vexcap_device_close(device), VEXCAP_OK);
-    EXPECT_EQ(vc::session_count(group_id()), 0);
-    EXPECT_EQ(vc::other_app_open_exclusive(group_id()), HR_OK) << "mode " << mode;
-    vc::set_held_by_other_app(group_id(), false);
+    EXPECT_EQ(vc::session_count(default_group_id()), 0);
+    EXPECT_EQ(vc::other_app_open_exclusive(default_group_id()), HR_OK) << "mode " << mode;
+    vc::set_held_by_other_app(default_group_id(), false);
   }
 }
 
@@ -170,11 +171,11 @@ TEST_F(DeviceLifetime, CloseAfterTheCameraWentReleasesEverything) {
   ASSERT_EQ(open_later(&device, VEXCAP_STREAM_MODE_SHARED).get(), VEXCAP_OK);
   ASSERT_EQ(vexcap_start_streaming(device, give_back, nullptr), 0);
   ASSERT_EQ(vexcap_register_for_excl_ctrl_status_event(device, [](const wchar_t*, std::uint8_t, bool, void*) {}, nullptr), 0);
-  vc::remove_group(group_id());
+  vc::remove_group(default_group_id());
   EXPECT_EQ(vexcap_device_close(device), VEXCAP_OK);
-  EXPECT_EQ(vc::session_count(group_id()), 0);
+  EXPECT_EQ(vc::session_count(default_group_id()), 0);
   vc::add_group(vc::default_scenario().groups.at(0));
-  EXPECT_EQ(vc::other_app_open_exclusive(group_id()), HR_OK);
+  EXPECT_EQ(vc::other_app_open_exclusive(default_group_id()), HR_OK);
 }
 
 // Exit with devices open (one of them made unreachable by a second open of its slot): their
@@ -189,13 +190,13 @@ TEST_F(DeviceLifetime, ExitEndsTheCaptureOfDevicesLeftOpenBeforeTheRuntimeStops)
   for (vexcap_device* device : {devices[1], devices[2]})
     ASSERT_EQ(vexcap_start_streaming(device, give_back, nullptr), 0);
   vc::advance_time(34ms);
-  EXPECT_EQ(vc::session_count(group_id()), 6);
+  EXPECT_EQ(vc::session_count(default_group_id()), 6);
 
   EXPECT_EQ(vexcap_exit(), VEXCAP_OK);
   EXPECT_TRUE(log.contains("W: Exit with 3 device(s) still open: ending their capture"));
   EXPECT_EQ(runtime().sessions_open_at_mf_shutdown(), 0);
-  EXPECT_EQ(vc::session_count(group_id()), 0);
-  EXPECT_EQ(vc::other_app_open_exclusive(group_id()), HR_OK);
+  EXPECT_EQ(vc::session_count(default_group_id()), 0);
+  EXPECT_EQ(vc::other_app_open_exclusive(default_group_id()), HR_OK);
   // The handles are still the host's to free.
   for (vexcap_device* device : devices) EXPECT_EQ(vexcap_device_close(device), VEXCAP_E_INVALID_STATE);
 }

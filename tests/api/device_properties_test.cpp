@@ -31,7 +31,7 @@ constexpr std::uint32_t kReadsInfrared = VEXCAP_STREAM_MODE_EXCLUSIVE;  // strea
 constexpr std::uint32_t kUntouched = 77;  // the host's value before a get
 const std::string kOnDemand = "The virtual camera failed this call on demand.";
 
-std::wstring group_id() { return *vc::default_scenario().groups.at(0).id; }
+using testing::default_group_id;
 
 void put_le(Bytes& bytes, std::size_t at, std::uint64_t value, int size) {
   for (int i = 0; i < size; ++i) bytes[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
@@ -96,7 +96,7 @@ vc::FormatModel nv12(std::uint32_t width, std::uint32_t height) {
 
 vc::SourceModel& infrared(vc::Scenario& s) { return s.groups.at(0).sources.at(kInfrared); }
 vc::SourceModel& colour(vc::Scenario& s) { return s.groups.at(0).sources.at(kColour); }
-vc::GroupModel live_group() { return *vc::group_state(group_id()); }
+vc::GroupModel live_group() { return *vc::group_state(default_group_id()); }
 std::uint64_t infrared_face_auth_flags() { return live_group().sources.at(kInfrared).face_auth->flags; }
 
 struct PropertyCase {
@@ -119,7 +119,7 @@ void no_change(vc::Scenario&) {}
 void nothing() {}
 void fault(vc::PlatformCall call, hresult result = HR_FAIL) { vc::set_call_fault(call, {result, {}}); }
 void ks_fault(const platform::Guid& set, std::uint32_t id, hresult error) {
-  vc::edit_ks(group_id(), [&](vc::KsDeviceModel& ks) { ks.faults = {{set, id, error}}; });
+  vc::edit_ks(default_group_id(), [&](vc::KsDeviceModel& ks) { ks.faults = {{set, id, error}}; });
 }
 void without_unit1(vc::Scenario& s) { s.groups.at(0).ks.nodes.pop_back(); }
 
@@ -178,13 +178,13 @@ const PropertyCase kCases[] = {
      VEXCAP_E_INVALID_ARG, {}, {"I: payload: 0x1"}, std::vector<Bytes>{}, nothing},
     {"RefusedLlcWriteFails", kReadsColour, no_change,
      [] {
-       vc::edit_source(group_id(), kColour, [](vc::SourceModel& s) {
+       vc::edit_source(default_group_id(), kColour, [](vc::SourceModel& s) {
          s.llc->behaviour.set_status = platform::SetPropertyStatus::NotInControl;
        });
      },
      true, VEXCAP_PROP_LLC, VEXCAP_LLC_ON, VEXCAP_E_FAIL, {}, {"I: Set llc: NotInControl"}, std::nullopt, nothing},
     {"LlcAnswerOfAnotherLengthIsOutOfBounds", kReadsColour, no_change,
-     [] { vc::edit_source(group_id(), kColour, [](vc::SourceModel& s) { s.llc->behaviour.answer_length = 39; }); },
+     [] { vc::edit_source(default_group_id(), kColour, [](vc::SourceModel& s) { s.llc->behaviour.answer_length = 39; }); },
      true, VEXCAP_PROP_LLC, VEXCAP_LLC_ON, VEXCAP_E_FAIL, {}, {"I: sizeofValue: 39, sizeof_ret_data= 40"},
      std::vector<Bytes>{}, nothing},
     {"LlcReadExceptionIsLogged", kReadsColour, no_change, [] { fault(vc::PlatformCall::GetProperty); }, true,
@@ -220,7 +220,7 @@ const PropertyCase kCases[] = {
 
     // The extension unit's controls.
     {"RgbStatusIsReadFromUnit1", kReadsInfrared, no_change,
-     [] { vc::edit_ks(group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 1; }); }, false,
+     [] { vc::edit_ks(default_group_id(), [](vc::KsDeviceModel& ks) { ks.rgb_status = 1; }); }, false,
      VEXCAP_PROP_RGB_STATUS, 0, VEXCAP_OK, 1u, {}, std::nullopt, nothing},
     {"RgbStatusIsReadFromUnit2OnCamerasWithoutUnit1", kReadsInfrared,
      [](vc::Scenario& s) {
@@ -412,7 +412,7 @@ TEST_F(DeviceProperties, SourceWithoutFormatsIsReportedByAWorker) {
                 },
                 &reports),
             VEXCAP_OK);
-  vc::edit_source(group_id(), kInfrared, [](vc::SourceModel& s) { s.formats.clear(); });
+  vc::edit_source(default_group_id(), kInfrared, [](vc::SourceModel& s) { s.formats.clear(); });
 
   EXPECT_EQ(set(device_, VEXCAP_PROP_STREAM_TYPE, 2), VEXCAP_E_FAIL);  // the plain 16, no report
   EXPECT_EQ(set(device_, VEXCAP_PROP_STREAM_TYPE_APPLY, 2), VEXCAP_OK);
@@ -437,8 +437,8 @@ TEST_F(DeviceProperties, AutoExposureOffRunsOnTheDeviceAndOnATemporaryDevice) {
   EXPECT_EQ(exposure_auto_switches(false), 2);
   EXPECT_FALSE(live_group().sources.at(kInfrared).exposure->auto_enabled);
   // The temporary device is closed again.
-  EXPECT_EQ(vc::session_count(group_id(), platform::SharingMode::ExclusiveControl), 1);
-  EXPECT_EQ(vc::session_count(group_id(), platform::SharingMode::SharedReadOnly), 1);
+  EXPECT_EQ(vc::session_count(default_group_id(), platform::SharingMode::ExclusiveControl), 1);
+  EXPECT_EQ(vc::session_count(default_group_id(), platform::SharingMode::SharedReadOnly), 1);
 }
 
 TEST_F(DeviceProperties, TheHostGetsTheTemporaryDevicesAnswer) {
@@ -470,7 +470,9 @@ TEST_F(DeviceProperties, ColourOffReturnsWithoutACallbackWhileTheRgbStoppedWorke
   ASSERT_NE(open(kReadsInfrared), nullptr);  // manual clock: the worker's own reader never gets a frame
   rgb_stopped_calls = 0;
   ASSERT_EQ(vexcap_register_for_rgb_stopped_event(device_, count_rgb_stopped, nullptr), VEXCAP_OK);
-  const auto worker_waits = [] { return vc::session_count(group_id(), platform::SharingMode::ExclusiveControl) == 2; };
+  const auto worker_waits = [] {
+    return vc::session_count(default_group_id(), platform::SharingMode::ExclusiveControl) == 2;
+  };
   const auto deadline = std::chrono::steady_clock::now() + 10s;
   while (!worker_waits() && std::chrono::steady_clock::now() < deadline) std::this_thread::sleep_for(1ms);
   ASSERT_TRUE(worker_waits());
@@ -479,7 +481,8 @@ TEST_F(DeviceProperties, ColourOffReturnsWithoutACallbackWhileTheRgbStoppedWorke
   EXPECT_EQ(set(device_, VEXCAP_PROP_RGB_OFF, 0), VEXCAP_OK);
   EXPECT_LT(std::chrono::steady_clock::now() - began, 20s);
   EXPECT_EQ(rgb_stopped_calls.load(), 0);
-  EXPECT_EQ(vc::session_count(group_id(), platform::SharingMode::ExclusiveControl), 1);  // the worker's went
+  EXPECT_EQ(vc::session_count(default_group_id(), platform::SharingMode::ExclusiveControl),
+            1);  // the worker's went
   // Both clients are off for good: neither selector streams.
   EXPECT_NE(vexcap_start_streaming(device_, [](vexcap_frame*, void*) { return true; }, nullptr), VEXCAP_OK);
 }

@@ -24,7 +24,7 @@ namespace vc = virtual_camera;
 using namespace std::chrono_literals;
 using testing::Footprint;
 
-std::wstring group_id() { return *vc::default_scenario().groups.at(0).id; }
+using testing::default_group_id;
 
 constexpr int kThreads = 8;
 
@@ -148,7 +148,7 @@ class CallbackRequestRace : public testing::LibraryTest {
   static vexcap_device* open(std::uint32_t mode) {
     vexcap_device* device = nullptr;
     const vexcap_open_params params{mode, 640, 480};
-    EXPECT_EQ(vexcap_device_open(&device, group_id().c_str(), &params), VEXCAP_OK);
+    EXPECT_EQ(vexcap_device_open(&device, default_group_id().c_str(), &params), VEXCAP_OK);
     return device;
   }
   // Lets a frame reach the callback while the request thread is busy with a slow discovery
@@ -181,10 +181,10 @@ TEST_F(CallbackRequestRace, ACloseFromACallbackNeverClosesTheDeviceOpenedAfterIt
       EXPECT_EQ(vexcap_start_streaming(reopened, count_frame, &frames), VEXCAP_OK) << "round " << round;
       vc::advance_time(34ms);
       EXPECT_EQ(frames.load(), 1) << "round " << round;
-      EXPECT_EQ(vc::session_count(group_id()), 2) << "round " << round;
+      EXPECT_EQ(vc::session_count(default_group_id()), 2) << "round " << round;
       EXPECT_EQ(orders.calls.load(), 1) << "the closed device went on streaming, round " << round;
       ASSERT_EQ(vexcap_device_close(reopened), VEXCAP_OK) << "round " << round;
-      ASSERT_EQ(vc::session_count(group_id()), 0) << "round " << round;
+      ASSERT_EQ(vc::session_count(default_group_id()), 0) << "round " << round;
     }
   }
 }
@@ -242,7 +242,7 @@ TEST(UnplugRace, HostThreadsCallingEveryExportNeitherDeadlockNorCrash) {
   for (int round = 0; round < 10; ++round) {
     vexcap_device* device = nullptr;
     const vexcap_open_params params{VEXCAP_STREAM_MODE_EXCLUSIVE, 640, 480};
-    ASSERT_EQ(vexcap_device_open(&device, group_id().c_str(), &params), VEXCAP_OK);
+    ASSERT_EQ(vexcap_device_open(&device, default_group_id().c_str(), &params), VEXCAP_OK);
     std::atomic<bool> stop{false};
     std::vector<std::future<void>> hosts;
     for (int i = 0; i < 4; ++i)
@@ -251,8 +251,8 @@ TEST(UnplugRace, HostThreadsCallingEveryExportNeitherDeadlockNorCrash) {
         while (!stop.load()) call_anything(device, rng);
       }));
     std::this_thread::sleep_for(20ms);
-    vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", group_id());
-    vc::remove_group(group_id());
+    vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", default_group_id());
+    vc::remove_group(default_group_id());
     std::this_thread::sleep_for(30ms);
     vc::add_group(vc::default_scenario().groups.at(0));
     std::this_thread::sleep_for(20ms);
@@ -264,7 +264,7 @@ TEST(UnplugRace, HostThreadsCallingEveryExportNeitherDeadlockNorCrash) {
       }
     }
     EXPECT_EQ(vexcap_device_close(device), VEXCAP_OK);
-    EXPECT_EQ(vc::session_count(group_id()), 0);
+    EXPECT_EQ(vc::session_count(default_group_id()), 0);
   }
   EXPECT_EQ(vexcap_exit(), VEXCAP_OK);
   vc::reset();

@@ -16,7 +16,7 @@ namespace {
 
 namespace vc = virtual_camera;
 
-std::wstring group_id() { return *vc::default_scenario().groups.at(0).id; }
+using testing::default_group_id;
 
 bool keep(vexcap_frame* frame, void*) {
   vexcap_return_frame(frame);
@@ -49,11 +49,11 @@ TEST_F(CaptureFailure, TheExclusiveClientIsRebuiltAndCanStreamAgain) {
   ASSERT_EQ(vexcap_init(), 0);
   vexcap_device* device = nullptr;
   const vexcap_open_params params{VEXCAP_STREAM_MODE_EXCLUSIVE, 0, 0};
-  ASSERT_EQ(vexcap_device_open(&device, group_id().c_str(), &params), 0);
+  ASSERT_EQ(vexcap_device_open(&device, default_group_id().c_str(), &params), 0);
   log.resume();
   ASSERT_EQ(vexcap_start_streaming_ex(device, keep, nullptr, VEXCAP_STREAM_SELECT_EXCLUSIVE), 0);
 
-  vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", group_id());
+  vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", default_group_id());
   ASSERT_TRUE(wait_for_line(log, "I: Reader restarted."));
   EXPECT_TRUE(log.contains("E: Handling the capture failure..."));
   EXPECT_TRUE(log.contains("I: Reader deleted."));
@@ -61,7 +61,7 @@ TEST_F(CaptureFailure, TheExclusiveClientIsRebuiltAndCanStreamAgain) {
   // Only the exclusive client watches failures: one recovery for two failed sessions.
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
   EXPECT_EQ(log.count("E: Handling the capture failure..."), 1);
-  EXPECT_EQ(vc::session_count(group_id(), platform::SharingMode::ExclusiveControl), 1);
+  EXPECT_EQ(vc::session_count(default_group_id(), platform::SharingMode::ExclusiveControl), 1);
 
   // Still initialized, with a new stopped reader: the host starts streaming again.
   frames_after_recovery = 0;
@@ -72,7 +72,7 @@ TEST_F(CaptureFailure, TheExclusiveClientIsRebuiltAndCanStreamAgain) {
   EXPECT_GT(frames_after_recovery.load(), 0);
   EXPECT_EQ(vexcap_stop_streaming_ex(device, VEXCAP_STREAM_SELECT_EXCLUSIVE), 0);
   EXPECT_EQ(vexcap_device_close(device), 0);
-  EXPECT_EQ(vc::session_count(group_id()), 0);
+  EXPECT_EQ(vc::session_count(default_group_id()), 0);
 }
 
 TEST_F(CaptureFailure, RecoveryDropsTheExclusiveControlSubscription) {
@@ -83,11 +83,11 @@ TEST_F(CaptureFailure, RecoveryDropsTheExclusiveControlSubscription) {
   log.resume();
   ASSERT_EQ(vexcap_register_for_excl_ctrl_status_event(device, on_status, nullptr), 0);
 
-  vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", group_id());
+  vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", default_group_id());
   ASSERT_TRUE(wait_for_line(log, "I: Reader restarted."));
   // Another application takes the camera: the status change comes before the failure it
   // causes, so once that second recovery has run the change had its chance.
-  vc::set_held_by_other_app(group_id(), true);
+  vc::set_held_by_other_app(default_group_id(), true);
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
   while (log.count("E: Handling the capture failure...") < 2 && std::chrono::steady_clock::now() < deadline)
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -107,9 +107,9 @@ TEST_F(CaptureFailure, TheFailedEventReturnsAtOnceWhileTheRequestThreadIsBusy) {
   ASSERT_EQ(vexcap_register_for_excl_ctrl_status_event(device, on_status, nullptr), 0);
 
   testing::BusyRequestThread busy;
-  vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", group_id());
+  vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", default_group_id());
   ASSERT_TRUE(wait_for_line(log, "E: Media capture failed. Notifying the main thread..."));
-  vc::set_held_by_other_app(group_id(), true);  // raised on the same event thread, after Failed
+  vc::set_held_by_other_app(default_group_id(), true);  // raised on the same event thread, after Failed
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
   while (status_calls == 0 && std::chrono::steady_clock::now() < deadline)
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -118,7 +118,7 @@ TEST_F(CaptureFailure, TheFailedEventReturnsAtOnceWhileTheRequestThreadIsBusy) {
 
   busy.release();
   ASSERT_TRUE(wait_for_line(log, "E: Handling the capture failure..."));
-  vc::set_held_by_other_app(group_id(), false);
+  vc::set_held_by_other_app(default_group_id(), false);
   EXPECT_EQ(vexcap_device_close(device), 0);
 }
 
@@ -132,7 +132,7 @@ TEST_F(CaptureFailure, AClosedDeviceIsNotRecovered) {
   testing::BusyRequestThread busy;
   std::thread closing([device] { EXPECT_EQ(vexcap_device_close(device), 0); });
   std::this_thread::sleep_for(std::chrono::milliseconds(50));  // the close is queued first
-  vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", group_id());
+  vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", default_group_id());
   ASSERT_TRUE(wait_for_line(log, "E: Media capture failed. Notifying the main thread..."));
   busy.release();
   closing.join();
@@ -140,7 +140,7 @@ TEST_F(CaptureFailure, AClosedDeviceIsNotRecovered) {
   // has found the device gone and opened nothing (the close silenced the log).
   std::uint32_t type = 0;
   EXPECT_EQ(vexcap_get_source_group_type(&type), 0);
-  EXPECT_EQ(vc::session_count(group_id()), 0);
+  EXPECT_EQ(vc::session_count(default_group_id()), 0);
 }
 
 // The client of a device that outlived the library: nothing takes the failure over.
@@ -149,9 +149,9 @@ TEST_F(CaptureFailure, WithoutARequestThreadThereIsNoRecovery) {
   auto client = capture::CaptureClient::create(platform::current(), VEXCAP_STREAM_MODE_EXCLUSIVE);
   client->set_failure_notifier(api::notify_capture_failure);
   log.resume();
-  ASSERT_EQ(client->initialize(group_id(), 1, 0, 0), HR_OK);
+  ASSERT_EQ(client->initialize(default_group_id(), 1, 0, 0), HR_OK);
 
-  vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", group_id());
+  vc::raise_capture_failed(hr(0xC00D3EA2), L"The device failed.", default_group_id());
   ASSERT_TRUE(wait_for_line(log, "E: No VXC thread"));
   EXPECT_TRUE(log.contains("E: Media capture failed. Notifying the main thread..."));
   EXPECT_FALSE(log.contains("E: Handling the capture failure..."));

@@ -12,6 +12,7 @@
 
 #include "capture/capture_client.h"
 #include "platform/virtual/virtual_camera.h"
+#include "support/library_fixture.h"
 #include "support/log_capture.h"
 
 namespace vexcap::capture {
@@ -20,9 +21,11 @@ namespace {
 namespace vc = virtual_camera;
 using namespace std::chrono_literals;
 
-std::wstring group_id() { return *vc::default_scenario().groups.at(0).id; }
+using testing::default_group_id;
 
-int exclusive_sessions() { return vc::session_count(group_id(), platform::SharingMode::ExclusiveControl); }
+int exclusive_sessions() {
+  return vc::session_count(default_group_id(), platform::SharingMode::ExclusiveControl);
+}
 
 bool wait_until(const std::function<bool()>& done) {
   const auto deadline = std::chrono::steady_clock::now() + 5s;
@@ -60,7 +63,7 @@ class ClientEvents : public ::testing::Test {
     client_ = CaptureClient::create(platform::current(),
                                     1);  // no failure notifier: a failure is not recovered here
     log_.resume();
-    ASSERT_EQ(client_->initialize(group_id(), 1, 0, 0), HR_OK);
+    ASSERT_EQ(client_->initialize(default_group_id(), 1, 0, 0), HR_OK);
   }
   void TearDown() override {
     client_.reset();
@@ -73,16 +76,16 @@ class ClientEvents : public ::testing::Test {
 TEST_F(ClientEvents, TheHostHearsThePlatformStatusWithTheEventsText) {
   StatusCalls heard;
   ASSERT_EQ(client_->register_exclusive_control_status(&StatusCalls::on_status, &heard), HR_OK);
-  vc::set_held_by_other_app(group_id(), true);
+  vc::set_held_by_other_app(default_group_id(), true);
   ASSERT_TRUE(wait_until([&] { return heard.size() == 1; }));
-  vc::set_held_by_other_app(group_id(), false);
+  vc::set_held_by_other_app(default_group_id(), false);
   ASSERT_TRUE(wait_until([&] { return heard.size() == 2; }));
   // SharedReadOnlyAvailable (1) stays 1; ExclusiveControlAvailable (0) becomes 3, flagged.
-  EXPECT_EQ(heard.calls[0], std::make_tuple(group_id(), std::uint8_t{1}, false));
-  EXPECT_EQ(heard.calls[1], std::make_tuple(group_id(), std::uint8_t{3}, true));
+  EXPECT_EQ(heard.calls[0], std::make_tuple(default_group_id(), std::uint8_t{1}, false));
+  EXPECT_EQ(heard.calls[1], std::make_tuple(default_group_id(), std::uint8_t{3}, true));
 
   EXPECT_EQ(client_->unregister_exclusive_control_status(), HR_OK);
-  vc::set_held_by_other_app(group_id(), true);
+  vc::set_held_by_other_app(default_group_id(), true);
   std::this_thread::sleep_for(50ms);
   EXPECT_EQ(heard.size(), 2u);
 }
@@ -107,7 +110,7 @@ TEST_F(ClientEvents, SwitchingTheColourStreamOffEndsTheWaitingWorkerAndStreaming
   EXPECT_EQ(client_->clear(), HR_OK);
   EXPECT_EQ(exclusive_sessions(), 1);
   // The exclusive-control subscription went with it.
-  vc::set_held_by_other_app(group_id(), true);
+  vc::set_held_by_other_app(default_group_id(), true);
   std::this_thread::sleep_for(50ms);
   EXPECT_EQ(heard.size(), 0u);
   // A later registration starts no worker: the stop stays.

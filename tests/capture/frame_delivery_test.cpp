@@ -16,6 +16,7 @@
 #include "frames/rotation.h"
 #include "frames/simd/pixel_kernels.h"
 #include "platform/virtual/virtual_camera.h"
+#include "support/library_fixture.h"
 #include "support/log_capture.h"
 
 namespace vexcap::capture {
@@ -24,7 +25,7 @@ namespace {
 namespace vc = virtual_camera;
 using namespace std::chrono_literals;
 
-std::wstring group_id() { return *vc::default_scenario().groups.at(0).id; }
+using testing::default_group_id;
 
 // Keeps every record it is given and returns them through the export at the end.
 struct Collector {
@@ -64,7 +65,7 @@ class FrameDelivery : public ::testing::Test {
     vc::use_scenario(scenario);
     client_ = capture::CaptureClient::create(platform::current(), mode);
     log.resume();
-    ASSERT_EQ(client_->initialize(group_id(), mode, 640, 480), HR_OK);
+    ASSERT_EQ(client_->initialize(default_group_id(), mode, 640, 480), HR_OK);
     // Start well after the process-wide last accepted frame of earlier tests, so that the
     // first frame here is measured against a long gap.
     const std::int64_t behind = last_accepted_frame_time() * 10 - vc::now();  // 100 ns units
@@ -193,7 +194,7 @@ TEST_F(FrameDelivery, MissingMetadataReadsAsLitAnUnreachableSampleAsDark) {
   for (const std::string& line : log.lines())
     logged = logged || line.rfind("W: Failed getting frame illumination (HRESULT 0x", 0) == 0;
   EXPECT_TRUE(logged);
-  vc::edit_source(group_id(), 0,
+  vc::edit_source(default_group_id(), 0,
                   [](vc::SourceModel& s) { s.illumination = vc::IlluminationMetadata::SampleUnreachable; });
   vc::advance_time(50ms);
   ASSERT_EQ(collector.frames.size(), 2u);

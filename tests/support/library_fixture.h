@@ -13,6 +13,9 @@
 
 namespace vexcap::testing {
 
+// The id of the default scenario's camera (its first source group).
+inline std::wstring default_group_id() { return *virtual_camera::default_scenario().groups.at(0).id; }
+
 class LibraryTest : public ::testing::Test {
  protected:
   void SetUp() override { virtual_camera::reset(); }
