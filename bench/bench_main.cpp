@@ -45,12 +45,25 @@ class RoundCollector : public benchmark::BenchmarkReporter {
   }
 };
 
+// The model name, and the family and model numbers: a virtual machine may name only the
+// product line ("AMD EPYC"), the numbers still tell the core's generation.
 std::string cpu_model() {
   std::ifstream cpuinfo("/proc/cpuinfo");
-  for (std::string line; std::getline(cpuinfo, line);) {
-    if (line.rfind("model name", 0) == 0) return line.substr(line.find(':') + 2);
+  std::string name = "unknown", family, model;
+  for (std::string line; std::getline(cpuinfo, line) && line.find_first_not_of(" \t") != std::string::npos;) {
+    const std::size_t colon = line.find(':');
+    if (colon == std::string::npos) continue;
+    const std::size_t start = line.find_first_not_of(' ', colon + 1);
+    const std::string value = start == std::string::npos ? "" : line.substr(start);
+    if (line.rfind("model name", 0) == 0)
+      name = value;
+    else if (line.rfind("cpu family", 0) == 0)
+      family = value;
+    else if (line.rfind("model\t", 0) == 0)
+      model = value;
   }
-  return "unknown";
+  if (family.empty() || model.empty()) return name;
+  return name + " (family " + family + ", model " + model + ")";
 }
 
 std::vector<std::string> instruction_sets() {
