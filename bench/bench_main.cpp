@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -45,22 +46,23 @@ class RoundCollector : public benchmark::BenchmarkReporter {
   }
 };
 
-// The model name, and the family and model numbers: a virtual machine may name only the
-// product line ("AMD EPYC"), the numbers still tell the core's generation.
+// The value of /proc/cpuinfo's field `key` ("key<tabs>: value") when `line` holds it.
+std::optional<std::string> cpuinfo_value(const std::string& line, const std::string& key) {
+  if (line.compare(0, key.size(), key) != 0) return std::nullopt;
+  const std::size_t colon = line.find_first_not_of('\t', key.size());
+  if (colon == std::string::npos || line[colon] != ':') return std::nullopt;
+  return line.size() > colon + 2 ? line.substr(colon + 2) : std::string();
+}
+
+// The first processor's model name and its family and model numbers: a virtual machine may
+// name only the product line ("AMD EPYC"), the numbers still tell the core's generation.
 std::string cpu_model() {
   std::ifstream cpuinfo("/proc/cpuinfo");
   std::string name = "unknown", family, model;
-  for (std::string line; std::getline(cpuinfo, line) && line.find_first_not_of(" \t") != std::string::npos;) {
-    const std::size_t colon = line.find(':');
-    if (colon == std::string::npos) continue;
-    const std::size_t start = line.find_first_not_of(' ', colon + 1);
-    const std::string value = start == std::string::npos ? "" : line.substr(start);
-    if (line.rfind("model name", 0) == 0)
-      name = value;
-    else if (line.rfind("cpu family", 0) == 0)
-      family = value;
-    else if (line.rfind("model\t", 0) == 0)
-      model = value;
+  for (std::string line; std::getline(cpuinfo, line) && !line.empty();) {  // the first block
+    if (auto value = cpuinfo_value(line, "model name")) name = *value;
+    if (auto value = cpuinfo_value(line, "cpu family")) family = *value;
+    if (auto value = cpuinfo_value(line, "model")) model = *value;
   }
   if (family.empty() || model.empty()) return name;
   return name + " (family " + family + ", model " + model + ")";
