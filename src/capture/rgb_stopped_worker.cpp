@@ -85,11 +85,8 @@ std::shared_ptr<platform::SourceGroup> find_group_again(platform::Platform& plat
 }  // namespace
 
 RgbStoppedWorker::~RgbStoppedWorker() {
-  if (!task_.joinable()) return;
-  if (task_.get_id() == std::this_thread::get_id())
-    task_.detach();
-  else
-    task_.join();  // it no longer holds the client, so it has ended or is about to
+  // On the worker's own thread (it held the last reference) the worker is left to end by itself.
+  if (task_ && !task_->is_current_thread()) task_->join();  // it no longer holds the client
 }
 
 void RgbStoppedWorker::start(const Target& target, bool initialized, vexcap_rgb_stopped_callback callback,
@@ -100,9 +97,8 @@ void RgbStoppedWorker::start(const Target& target, bool initialized, vexcap_rgb_
   context_ = context;
   stopped_event_.reset();
   try {
-    std::thread worker([this, target] { run(target.device_id, target.reader_kind); });
-    if (task_.joinable()) task_.detach();  // an earlier worker ends by itself
-    task_ = std::move(worker);
+    // An earlier worker still running is let go here and ends by itself.
+    task_ = std::make_unique<WorkerThread>([this, target] { run(target.device_id, target.reader_kind); });
   } catch (const std::system_error&) {
     // No worker: the registration stands and reports success all the same.
   }

@@ -14,11 +14,11 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "common/manual_reset_event.h"
 #include "common/mutex.h"
+#include "common/worker_thread.h"
 #include "platform/port.h"
 #include "vexcap/vexcap.h"
 
@@ -82,7 +82,7 @@ class RgbStoppedWorker {
   std::vector<std::shared_ptr<ManualResetEvent>> pass_wakes_
       VEXCAP_GUARDED_BY(worker_lock_);  // of the passes now waiting
 
-  std::thread task_;  // the newest worker (request thread only)
+  std::unique_ptr<WorkerThread> task_;  // the newest worker (request thread only)
 };
 
 }  // namespace vexcap::capture

@@ -1,34 +1,60 @@
 #include "common/worker_thread.h"
 
+#include <system_error>
 #include <utility>
 
 namespace vexcap {
 
-WorkerThread::WorkerThread(std::function<void()> work)
-    : thread_([completion = completion_, work = std::move(work)] {
-        work();
-        std::lock_guard<std::mutex> lock(completion->mutex);
-        completion->done = true;
-        completion->ended.notify_all();
-      }) {}
+WorkerThread::WorkerThread(std::function<void()> work) {
+  // Held while the thread is stored, so the thread finds itself there when it ends.
+  std::lock_guard<std::mutex> lock(state_->mutex);
+  state_->thread = std::thread([state = state_, work = std::move(work)]() mutable {
+    work();
+    work = nullptr;  // what the work holds goes before anyone hears that it ended
+    std::lock_guard<std::mutex> ending(state->mutex);
+    state->done = true;
+    state->ended.notify_all();
+    if (state->abandoned) state->thread.detach();  // by the thread itself, so it is not ending yet
+  });
+}
 
 WorkerThread::~WorkerThread() {
-  if (!thread_.joinable()) return;
-  if (!join_for(std::chrono::milliseconds(0))) thread_.detach();
+  std::unique_lock<std::mutex> lock(state_->mutex);
+  if (!state_->thread.joinable()) return;
+  if (!state_->done) {
+    state_->abandoned = true;
+    return;
+  }
+  std::thread ended = std::move(state_->thread);
+  lock.unlock();
+  ended.join();
 }
 
 bool WorkerThread::join_for(std::chrono::milliseconds limit) {
-  if (!thread_.joinable()) return true;
-  {
-    std::unique_lock<std::mutex> lock(completion_->mutex);
-    if (!completion_->ended.wait_for(lock, limit, [this] { return completion_->done; })) return false;
-  }
-  thread_.join();
+  std::unique_lock<std::mutex> lock(state_->mutex);
+  if (!state_->thread.joinable()) return true;
+  if (!state_->ended.wait_for(lock, limit, [this] { return state_->done; })) return false;
+  std::thread ended = std::move(state_->thread);
+  lock.unlock();
+  ended.join();
   return true;
 }
 
 void WorkerThread::join() {
-  if (thread_.joinable()) thread_.join();
+  std::unique_lock<std::mutex> lock(state_->mutex);
+  if (!state_->thread.joinable()) return;
+  if (state_->thread.get_id() == std::this_thread::get_id())
+    throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
+  std::thread running = std::move(state_->thread);
+  lock.unlock();
+  running.join();
 }
+
+bool WorkerThread::is_current_thread() const {
+  std::lock_guard<std::mutex> lock(state_->mutex);
+  return state_->thread.get_id() == std::this_thread::get_id();
+}
+
+void run_detached(std::function<void()> work) { WorkerThread abandoned_at_once(std::move(work)); }
 
 }  // namespace vexcap

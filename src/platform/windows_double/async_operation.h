@@ -14,8 +14,10 @@
 #include <thread>
 #include <type_traits>
 
+#include "common/worker_thread.h"
 #include "platform/port.h"
 #include "platform/windows_double/object.h"
+#include "platform/windows_double/thread_stacks.h"
 #include "platform/windows_double/unmodelled.h"
 #include "platform/windows_double/violations.h"
 
@@ -61,17 +63,17 @@ class AsyncBase {
     name_ = name;
     const bool early = next_operation_completes_early();
     self->internal_add_ref();
-    std::thread([self, work = std::move(work), early]() mutable {
+    run_detached([self, work = std::move(work), early]() mutable {
       Ref<Operation> keep = Ref<Operation>::adopt(self);
       if (!early) keep->wait_for_handler();
       keep->complete(run_work<Result>(work));
-    }).detach();
+    });
     if (watch) {
       self->internal_add_ref();
-      std::thread([self, limit = *watch] {
+      run_detached([self, limit = *watch] {
         Ref<Operation> keep = Ref<Operation>::adopt(self);
         keep->watch(limit);
-      }).detach();
+      });
     }
     if (early) wait_until_completed();
   }
@@ -172,6 +174,7 @@ class AsyncBase {
     record_violation(std::string(name_) + " did not complete within " + std::to_string(limit.count()) +
                      " s: it waits for an event handler that is itself blocked (a synchronous wait "
                      "inside a handler the platform waits for)");
+    print_every_thread_stack();
     complete({HRESULT_FROM_WIN32(ERROR_TIMEOUT), {}});
   }
 

@@ -1,12 +1,15 @@
 #include "platform/windows_double/frame_reader.h"
 
 #include <future>
+#include <memory>
 
+#include "common/worker_thread.h"
 #include "platform/windows_double/async_operation.h"
 #include "platform/windows_double/event_handlers.h"
 #include "platform/windows_double/frame_source.h"
 #include "platform/windows_double/imaging.h"
 #include "platform/windows_double/property_value.h"
+#include "platform/windows_double/thread_stacks.h"
 #include "platform/windows_double/violations.h"
 
 namespace vexcap::windows_double {
@@ -236,8 +239,9 @@ HRESULT FrameReader::Close() {
   if (closed.wait_for(kHandlerWaitLimit) != std::future_status::ready) {
     record_violation("MediaFrameReader::Close did not complete within " + std::to_string(kHandlerWaitLimit.count()) +
                      " s: a FrameArrived handler it waits for is blocked (a synchronous wait inside a handler)");
+    print_every_thread_stack();
     // The future's destructor would wait: hand it to a thread of its own.
-    std::thread([closed = std::move(closed)]() mutable { closed.wait(); }).detach();
+    run_detached([closed = std::make_shared<std::future<void>>(std::move(closed))] { closed->wait(); });
     return HRESULT_FROM_WIN32(ERROR_TIMEOUT);
   }
   return S_OK;
