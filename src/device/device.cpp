@@ -1,6 +1,7 @@
 #include "device/device.h"
 
 #include <chrono>
+#include <mutex>
 #include <set>
 #include <thread>
 
@@ -80,7 +81,12 @@ hresult Device::open_client(const std::shared_ptr<capture::CaptureClient>& clien
     if (result == HR_OK || result == HR_INVALID_STATE) return HR_OK;
     if (exit_requested.is_set()) return HR_ABORT;
     report_failed_attempt(*client, result, reported);
-    if (exit_requested.wait_for(kRetryPause)) return HR_ABORT;
+    // An attempt abandoned at its time limit still holds the client: the next one starts once
+    // it has ended, so a platform call that never returns keeps one thread, not one per retry.
+    do {
+      if (exit_requested.wait_for(kRetryPause)) return HR_ABORT;
+      if (environment_.between_wait_slices) environment_.between_wait_slices();
+    } while (!std::unique_lock<std::mutex>(*serial, std::try_to_lock).owns_lock());
   }
 }
 

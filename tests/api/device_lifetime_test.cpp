@@ -115,6 +115,27 @@ TEST_F(DeviceLifetime, AnInitializationThatRunsOutOfMemoryIsRetried) {
   EXPECT_EQ(vexcap_device_close(device), VEXCAP_OK);
 }
 
+// A camera whose initialization never returns: the attempt is abandoned at its 10 s limit and
+// the next one waits until it has ended, so an open keeps one thread waiting on the platform,
+// not one more every 10 s (a second attempt beside the first would time out at 20 s too).
+TEST_F(DeviceLifetime, AnInitializationThatNeverReturnsIsNotRetriedBesideItself) {
+  LogCapture log;
+  vc::set_call_fault(vc::PlatformCall::Initialize, vc::CallFault{HR_OK, 60s});
+  vexcap_device* device = nullptr;
+  std::future<int>& opened = open_later(&device, VEXCAP_STREAM_MODE_EXCLUSIVE);
+  ASSERT_TRUE(vc::wait_for_slow_call(5s));
+  log.resume();  // the clients exist by now
+  std::this_thread::sleep_for(21s);
+  EXPECT_EQ(log.count("E: Time out waiting for init thread to finish"), 1);
+  EXPECT_EQ(opened.wait_for(0s), std::future_status::timeout);
+
+  vc::clear_faults();
+  vc::release_slow_calls();  // the stuck attempt returns and the open completes
+  ASSERT_EQ(opened.wait_for(5s), std::future_status::ready);
+  EXPECT_EQ(opened.get(), VEXCAP_OK);
+  EXPECT_EQ(vexcap_device_close(device), VEXCAP_OK);
+}
+
 TEST_F(DeviceLifetime, ExitEndsAnOpenThatCanNeverSucceed) {
   struct Case {
     const char* what;
