@@ -4,6 +4,16 @@
 #include <utility>
 
 namespace vexcap {
+namespace {
+
+// Joins the stored thread with the lock released, so that the thread can take it as it ends.
+void join_outside_lock(std::thread& stored, std::unique_lock<std::mutex>& lock) {
+  std::thread taken = std::move(stored);
+  lock.unlock();
+  taken.join();
+}
+
+}  // namespace
 
 WorkerThread::WorkerThread(std::function<void()> work) {
   // Held while the thread is stored, so the thread finds itself there when it ends.
@@ -25,18 +35,14 @@ WorkerThread::~WorkerThread() {
     state_->abandoned = true;
     return;
   }
-  std::thread ended = std::move(state_->thread);
-  lock.unlock();
-  ended.join();
+  join_outside_lock(state_->thread, lock);
 }
 
 bool WorkerThread::join_for(std::chrono::milliseconds limit) {
   std::unique_lock<std::mutex> lock(state_->mutex);
   if (!state_->thread.joinable()) return true;
   if (!state_->ended.wait_for(lock, limit, [this] { return state_->done; })) return false;
-  std::thread ended = std::move(state_->thread);
-  lock.unlock();
-  ended.join();
+  join_outside_lock(state_->thread, lock);
   return true;
 }
 
@@ -45,9 +51,7 @@ void WorkerThread::join() {
   if (!state_->thread.joinable()) return;
   if (state_->thread.get_id() == std::this_thread::get_id())
     throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
-  std::thread running = std::move(state_->thread);
-  lock.unlock();
-  running.join();
+  join_outside_lock(state_->thread, lock);
 }
 
 bool WorkerThread::is_current_thread() const {

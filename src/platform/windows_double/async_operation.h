@@ -11,7 +11,6 @@
 #include <functional>
 #include <mutex>
 #include <optional>
-#include <thread>
 #include <type_traits>
 
 #include "common/worker_thread.h"
