@@ -277,6 +277,34 @@ TEST(PixelKernels, QuarterTurnsMatchTheReferenceForEveryLayout) {
   }
 }
 
+// Planes of a 4K frame's size and more: the turn goes through a strip buffer and stores whole
+// destination lines past the caches. Ragged columns, padded rows, and a last band of rows that
+// is a single row (bands of 512 rows) or shorter than a byte tile; the destination rows start at
+// every offset within a line.
+TEST(PixelKernels, QuarterTurnsOfLargePlanesMatchTheReference) {
+  const PixelKernels& scalar = pixel_kernels_at(SimdLevel::Scalar);
+  const struct {
+    std::uint32_t format;
+    Shape shape;
+  } kLarge[] = {{kGray16, {2049, 2049, 6}}, {kGray8, {3281, 2565, 3}}, {kNv12, {3858, 2180, 0}}};
+  std::uint32_t seed = 900;
+  for (const auto& [format, s] : kLarge) {
+    const FrameLayout layout{format, s.w, s.h, static_cast<std::int32_t>(row_bytes(format, s.w) + s.padding)};
+    const Bytes src = random_bytes(frame_bytes(layout), seed++);
+    for (Rotation rotation : {Rotation::By90, Rotation::By270}) {
+      Bytes expected(packed_frame_size(format, s.w, s.h), 0x11);
+      ASSERT_TRUE(rotate_quarter_turn(layout, src.data(), rotation, expected.data(), scalar));
+      for (SimdLevel level : vector_levels()) {
+        Bytes turned(expected.size(), 0x11);
+        ASSERT_TRUE(
+            rotate_quarter_turn(layout, src.data(), rotation, turned.data(), pixel_kernels_at(level)));
+        ASSERT_TRUE(turned == expected) << simd_level_name(level) << " format " << format << " " << s.w << "x"
+                                        << s.h << " turn " << int(rotation);
+      }
+    }
+  }
+}
+
 TEST(PixelKernels, TiledQuarterTurnsFollowTheCoordinateMap) {
   // Independent of the scalar moves: destination (r, c) of a 90 turn is source
   // (H - 1 - c, r), of a 270 turn source (c, W - 1 - r). 2-byte units keep their bytes.

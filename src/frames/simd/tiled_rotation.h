@@ -28,10 +28,16 @@ struct UnitTiles {
   TileTurn counterclockwise;
 };
 
+// Copies `rows` rows of `bytes` bytes, storing the destination's whole lines past the caches;
+// the stores are ordered with everything after them before it returns.
+using RowStream = void (*)(const std::uint8_t* src, std::size_t src_pitch, std::uint8_t* dst,
+                           std::size_t dst_pitch, std::uint32_t rows, std::size_t bytes);
+
 // One instruction set's tiles for 1-byte and 2-byte units.
 struct QuarterTurnTiles {
   UnitTiles bytes;
   UnitTiles pairs;
+  RowStream stream_rows;
 };
 
 enum class TurnDirection { Clockwise, Counterclockwise };

@@ -112,9 +112,9 @@ void turn_square_tile(const std::uint8_t* src, std::size_t src_pitch, std::uint8
       [&](int j, __m128i v) { store(dst + (kClockwise ? j : N - 1 - j) * dst_pitch, v); });
 }
 
-constexpr QuarterTurnTiles kTiles = {
-    {{16, 16}, turn_square_tile<16, true>, turn_square_tile<16, false>},
-    {{8, 8}, turn_square_tile<8, true>, turn_square_tile<8, false>}};
+constexpr QuarterTurnTiles kTiles = {{{16, 16}, turn_square_tile<16, true>, turn_square_tile<16, false>},
+                                     {{8, 8}, turn_square_tile<8, true>, turn_square_tile<8, false>},
+                                     stream_rows};
 
 // ---- Row reversal ----------------------------------------------------------------------------
 
@@ -172,5 +172,26 @@ const PixelKernels kKernels = {SimdLevel::Sse2, rgb24_to_nv12,
 }  // namespace
 
 const PixelKernels& sse2_kernels() { return kKernels; }
+
+// The bytes before the first whole destination line and after the last go through the caches.
+void stream_rows(const std::uint8_t* src, std::size_t src_pitch, std::uint8_t* dst, std::size_t dst_pitch,
+                 std::uint32_t rows, std::size_t bytes) {
+  for (std::uint32_t r = 0; r < rows; ++r, src += src_pitch, dst += dst_pitch) {
+    std::size_t head = (0 - reinterpret_cast<std::uintptr_t>(dst)) & 63;
+    if (head > bytes) head = bytes;
+    std::memcpy(dst, src, head);
+    std::size_t at = head;
+    for (; at + 64 <= bytes; at += 64) {
+      const __m128i a = load(src + at), b = load(src + at + 16);
+      const __m128i c = load(src + at + 32), d = load(src + at + 48);
+      _mm_stream_si128(reinterpret_cast<__m128i*>(dst + at), a);
+      _mm_stream_si128(reinterpret_cast<__m128i*>(dst + at + 16), b);
+      _mm_stream_si128(reinterpret_cast<__m128i*>(dst + at + 32), c);
+      _mm_stream_si128(reinterpret_cast<__m128i*>(dst + at + 48), d);
+    }
+    std::memcpy(dst + at, src + at, bytes - at);
+  }
+  _mm_sfence();
+}
 
 }  // namespace vexcap::frames::x86

@@ -2,6 +2,9 @@
 // Only pixel_kernels.cpp refers to them, and only after checking the CPU.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "frames/simd/pixel_kernels.h"
 
 // Kernel steps are small functions; the compiler must fold them into the loop, where their
@@ -17,5 +20,9 @@ namespace vexcap::frames::x86 {
 const PixelKernels& sse2_kernels();
 const PixelKernels& avx2_kernels();
 const PixelKernels& avx512_kernels();
+
+// Rows copied with non-temporal stores for the destination's whole lines (SSE2, every level).
+void stream_rows(const std::uint8_t* src, std::size_t src_pitch, std::uint8_t* dst, std::size_t dst_pitch,
+                 std::uint32_t rows, std::size_t bytes);
 
 }  // namespace vexcap::frames::x86
