@@ -62,10 +62,10 @@ class DestinationFetch {
 
 // Planes of 8 MiB and more (a 4K frame's plane) are turned a strip at a time into a buffer on
 // the stack, whose rows then go to the destination in whole lines stored past the caches: the
-// destination is not read for ownership first, and such a plane would mostly leave the
-// caches anyway. Every 4K turn took a tenth to a quarter less, hot and from memory (AMD Zen
-// 4); at 720p and 1080p the turn from memory gained as much, but a destination still cached
-// took half as long again.
+// destination is not read for ownership first, and a plane that large mostly leaves the
+// caches anyway. 4K turns from memory took up to a seventh less, hot ones as long (AMD Zen 4,
+// paired runs). At 720p and 1080p the turn from memory took up to a third less, but into a
+// destination still cached up to half as long again, so smaller planes keep the caches.
 constexpr std::size_t kStreamedFrom = std::size_t{8} << 20;
 
 // A strip buffer row holds a band's units with a line either side: a band shorter than a tile
@@ -134,6 +134,7 @@ void rotate_in_tiles(const QuarterTurnTiles& tiles, TurnDirection direction,
       }
     });
   }
+  if (streamed) tiles.finish_streams();
 }
 
 }  // namespace vexcap::frames

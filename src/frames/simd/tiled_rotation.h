@@ -28,8 +28,7 @@ struct UnitTiles {
   TileTurn counterclockwise;
 };
 
-// Copies `rows` rows of `bytes` bytes, storing the destination's whole lines past the caches;
-// the stores are ordered with everything after them before it returns.
+// Copies `rows` rows of `bytes` bytes, storing the destination's whole lines past the caches.
 using RowStream = void (*)(const std::uint8_t* src, std::size_t src_pitch, std::uint8_t* dst,
                            std::size_t dst_pitch, std::uint32_t rows, std::size_t bytes);
 
@@ -38,6 +37,8 @@ struct QuarterTurnTiles {
   UnitTiles bytes;
   UnitTiles pairs;
   RowStream stream_rows;
+  // Orders the streamed stores before every later store (another thread may read them next).
+  void (*finish_streams)();
 };
 
 enum class TurnDirection { Clockwise, Counterclockwise };

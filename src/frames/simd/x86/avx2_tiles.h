@@ -68,7 +68,8 @@ void turn_pair_tile(const std::uint8_t* src, std::size_t src_pitch, std::uint8_t
 
 constexpr QuarterTurnTiles kTiles = {{{16, 32}, turn_byte_tile<true>, turn_byte_tile<false>},
                                      {{8, 16}, turn_pair_tile<true>, turn_pair_tile<false>},
-                                     stream_rows};
+                                     stream_rows,
+                                     finish_streams};
 
 }  // namespace avx2_tiles
 

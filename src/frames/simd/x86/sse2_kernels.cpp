@@ -114,7 +114,8 @@ void turn_square_tile(const std::uint8_t* src, std::size_t src_pitch, std::uint8
 
 constexpr QuarterTurnTiles kTiles = {{{16, 16}, turn_square_tile<16, true>, turn_square_tile<16, false>},
                                      {{8, 8}, turn_square_tile<8, true>, turn_square_tile<8, false>},
-                                     stream_rows};
+                                     stream_rows,
+                                     finish_streams};
 
 // ---- Row reversal ----------------------------------------------------------------------------
 
@@ -191,7 +192,8 @@ void stream_rows(const std::uint8_t* src, std::size_t src_pitch, std::uint8_t* d
     }
     std::memcpy(dst + at, src + at, bytes - at);
   }
-  _mm_sfence();
 }
+
+void finish_streams() { _mm_sfence(); }
 
 }  // namespace vexcap::frames::x86
