@@ -76,36 +76,23 @@ std::size_t strip_pitch(std::uint32_t band, std::size_t unit) {
   return (band * unit + kLineBytes - 1) / kLineBytes * kLineBytes + 2 * kLineBytes;
 }
 
-}  // namespace
+std::uint32_t band_rows(std::uint32_t rows) { return rows > kBandedAbove ? kBandRows : rows; }
 
 // Strips of `shape.cols` source columns, walked along the band: each strip fills `shape.cols`
 // destination rows, and the source lines it reads serve the next strips while they are still
 // cached. Every destination row is written front to back: turned clockwise, a lower source
 // row lands further left, so clockwise strips (and bands) go from the bottom up. Written back
 // to front, a turn from memory took up to a quarter longer (Gray16 at every size, AMD Zen 4).
-void rotate_in_tiles(const QuarterTurnTiles& tiles, TurnDirection direction,
-                     const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid,
-                     std::uint8_t* dst, std::size_t dst_pitch) {
-  const bool clockwise = direction == TurnDirection::Clockwise;
-  const UnitTiles* kind = grid.unit == 1 ? &tiles.bytes : grid.unit == 2 ? &tiles.pairs : nullptr;
-  if (kind == nullptr || kind->clockwise == nullptr || grid.cols < kind->shape.cols ||
-      grid.rows < kind->shape.rows) {
-    if (clockwise) {
-      rotate_units_clockwise(src, src_pitch, grid, dst, dst_pitch);
-    } else {
-      rotate_units_counterclockwise(src, src_pitch, grid, dst, dst_pitch);
-    }
-    return;
-  }
-  const TileShape shape = kind->shape;
-  const TileTurn turn = clockwise ? kind->clockwise : kind->counterclockwise;
-  const std::uint32_t band = grid.rows > kBandedAbove ? kBandRows : grid.rows;
+// `strip` is a streamed turn's buffer, or null: the tiles then write the destination itself.
+void turn_in_strips(const QuarterTurnTiles& tiles, const UnitTiles& kind, bool clockwise,
+                    const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid, std::uint8_t* dst,
+                    std::size_t dst_pitch, std::uint8_t* strip) {
+  const bool streamed = strip != nullptr;
+  const TileShape shape = kind.shape;
+  const TileTurn turn = clockwise ? kind.clockwise : kind.counterclockwise;
+  const std::uint32_t band = band_rows(grid.rows);
   const std::uint32_t bands = (grid.rows + band - 1) / band;
   const std::size_t buffer_pitch = strip_pitch(band, grid.unit);
-  const bool streamed = tiles.stream_rows != nullptr &&
-                        std::size_t{grid.rows} * grid.cols * grid.unit >= kStreamedFrom &&
-                        buffer_pitch * shape.cols <= kStripBytes;
-  alignas(kLineBytes) std::uint8_t strip[kStripBytes];
   for (std::uint32_t b = 0; b < bands; ++b) {
     const std::uint32_t top = (clockwise ? bands - 1 - b : b) * band;
     const std::uint32_t bottom = std::min(grid.rows, top + band);
@@ -134,7 +121,44 @@ void rotate_in_tiles(const QuarterTurnTiles& tiles, TurnDirection direction,
       }
     });
   }
-  if (streamed) tiles.finish_streams();
+}
+
+// The streamed turn's buffer lives only in its own frame (never inlined into its caller), so
+// every other turn keeps a small stack.
+#if defined(__GNUC__)
+[[gnu::noinline]]
+#endif
+void turn_streamed(const QuarterTurnTiles& tiles, const UnitTiles& kind, bool clockwise,
+                   const std::uint8_t* src, std::size_t src_pitch, UnitGrid grid, std::uint8_t* dst,
+                   std::size_t dst_pitch) {
+  alignas(kLineBytes) std::uint8_t strip[kStripBytes];
+  turn_in_strips(tiles, kind, clockwise, src, src_pitch, grid, dst, dst_pitch, strip);
+  tiles.finish_streams();
+}
+
+}  // namespace
+
+void rotate_in_tiles(const QuarterTurnTiles& tiles, TurnDirection direction, const std::uint8_t* src,
+                     std::size_t src_pitch, UnitGrid grid, std::uint8_t* dst, std::size_t dst_pitch) {
+  const bool clockwise = direction == TurnDirection::Clockwise;
+  const UnitTiles* kind = grid.unit == 1 ? &tiles.bytes : grid.unit == 2 ? &tiles.pairs : nullptr;
+  if (kind == nullptr || kind->clockwise == nullptr || grid.cols < kind->shape.cols ||
+      grid.rows < kind->shape.rows) {
+    if (clockwise) {
+      rotate_units_clockwise(src, src_pitch, grid, dst, dst_pitch);
+    } else {
+      rotate_units_counterclockwise(src, src_pitch, grid, dst, dst_pitch);
+    }
+    return;
+  }
+  const bool streamed = tiles.stream_rows != nullptr &&
+                        std::size_t{grid.rows} * grid.cols * grid.unit >= kStreamedFrom &&
+                        strip_pitch(band_rows(grid.rows), grid.unit) * kind->shape.cols <= kStripBytes;
+  if (streamed) {
+    turn_streamed(tiles, *kind, clockwise, src, src_pitch, grid, dst, dst_pitch);
+  } else {
+    turn_in_strips(tiles, *kind, clockwise, src, src_pitch, grid, dst, dst_pitch, nullptr);
+  }
 }
 
 }  // namespace vexcap::frames
